@@ -1,0 +1,48 @@
+# Front door: `make demo` and `make test` do all the set-up on a fresh machine.
+BUILD      ?= build
+ASAN_BUILD ?= build-asan
+JOBS       ?= 2
+CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
+
+.PHONY: all bootstrap build build-asan test test-asan demo bench install docs clean
+
+all: build
+
+bootstrap:
+	@scripts/bootstrap
+
+$(BUILD)/Makefile: | bootstrap
+	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) >/dev/null
+
+$(ASAN_BUILD)/Makefile: | bootstrap
+	@cmake -S . -B $(ASAN_BUILD) $(CMAKE_ARGS) -DZK_SANITIZE=ON >/dev/null
+
+build: bootstrap $(BUILD)/Makefile
+	@cmake --build $(BUILD) -j $(JOBS)
+
+build-asan: bootstrap $(ASAN_BUILD)/Makefile
+	@cmake --build $(ASAN_BUILD) -j $(JOBS)
+
+# Every suite, then the same suites under AddressSanitizer + UBSan.
+test: build
+	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+	@$(MAKE) --no-print-directory test-asan
+
+test-asan: build-asan
+	@cd $(ASAN_BUILD) && ctest --output-on-failure -j $(JOBS)
+
+demo: build
+	@TCLLIBPATH=$(CURDIR)/$(BUILD) tclsh examples/demo.tcl
+
+bench: build
+	@cmake --build $(BUILD) --target zkbench -j $(JOBS) >/dev/null
+	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(BUILD)/bench/zkbench
+
+docs: build
+	@cmake --build $(BUILD) --target docs
+
+install: build
+	@cmake --install $(BUILD)
+
+clean:
+	rm -rf $(BUILD) $(ASAN_BUILD)

@@ -1,0 +1,369 @@
+// The generated commands: one command procedure per kind of command, each
+// driven by the record of its class, method or option.
+#include <algorithm>
+#include <exception>
+#include <string>
+
+#include "binding/instance.h"
+
+namespace zk::binding {
+namespace {
+
+struct Registration {
+    int order;
+    const char* name;
+    void (*build)(ClassRecord&);
+    const TypeInfo** slot;
+};
+std::vector<Registration>& registrations() {
+    static auto* r = new std::vector<Registration>;
+    return *r;
+}
+
+void setResultText(Tcl_Interp* interp, const std::string& text) {
+    Tcl_SetObjResult(interp, Tcl_NewStringObj(text.data(), int(text.size())));
+}
+
+int wrongArgs(Tcl_Interp* interp, const std::string& usage) {
+    setResultText(interp, "Wrong # args. " + usage);
+    return TCL_ERROR;
+}
+
+// No C++ exception crosses a Tcl command.
+template <class F>
+int guarded(Tcl_Interp* interp, F&& f) {
+    try {
+        return f();
+    } catch (const std::exception& e) {
+        setResultText(interp, std::string("internal error: ") + e.what());
+    } catch (...) {
+        setResultText(interp, "internal error");
+    }
+    return TCL_ERROR;
+}
+
+bool decodeSelf(Tcl_Interp* interp, Tcl_Obj* obj, const ClassRecord& cls, Object*& self) {
+    Decode d = decodeObject(interp, obj, cls.type, false, self);
+    if (d == Decode::Ok) return true;
+    setDecodeError(interp, d, cls.type);
+    return false;
+}
+
+int newProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto& cls = *static_cast<const ClassRecord*>(cd);
+    return guarded(interp, [&] {
+        if (!cls.construct) {
+            setResultText(interp, "No constructor available.");
+            return TCL_ERROR;
+        }
+        int n = objc - 1;
+        if (n < cls.ctorRequired || n > int(cls.ctorArgs.size())) return wrongArgs(interp, cls.newUsage);
+        Object* obj = cls.construct(cls, interp, n, objv + 1);
+        if (!obj) return TCL_ERROR;
+        registerObject(obj, cls.type);
+        Tcl_SetObjResult(interp, newHandleObj(obj, *cls.type));
+        return TCL_OK;
+    });
+}
+
+int deleteProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto& cls = *static_cast<const ClassRecord*>(cd);
+    return guarded(interp, [&] {
+        if (objc != 2) return wrongArgs(interp, cls.deleteUsage);
+        Object* self;
+        if (!decodeSelf(interp, objv[1], cls, self)) return TCL_ERROR;
+        destroyObject(self);
+        Tcl_ResetResult(interp);
+        return TCL_OK;
+    });
+}
+
+int callMethod(const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
+    if (objc < m.required || objc > int(m.args.size())) return wrongArgs(interp, m.usage);
+    return m.call(m, interp, self, objc, objv);
+}
+
+int methodProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto& m = *static_cast<const MethodRecord*>(cd);
+    return guarded(interp, [&] {
+        if (objc < 2) return wrongArgs(interp, m.usage);
+        Object* self;
+        if (!decodeSelf(interp, objv[1], *m.cls, self)) return TCL_ERROR;
+        return callMethod(m, interp, self, objc - 2, objv + 2);
+    });
+}
+
+int getProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto& a = *static_cast<const AttrRecord*>(cd);
+    if (objc != 2) return wrongArgs(interp, a.getUsage);
+    Object* self;
+    if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
+    Tcl_SetObjResult(interp, a.get(a, self));
+    return TCL_OK;
+}
+
+int setAttr(const AttrRecord& a, Tcl_Interp* interp, Object* self, Tcl_Obj* value) {
+    ConvertError e;
+    if (a.set(a, interp, self, value, e)) return TCL_OK;
+    setArgError(interp, e, 0, a.name.c_str());
+    return TCL_ERROR;
+}
+
+int setProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto& a = *static_cast<const AttrRecord*>(cd);
+    return guarded(interp, [&] {
+        if (objc != 3) return wrongArgs(interp, a.setUsage);
+        Object* self;
+        if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
+        if (setAttr(a, interp, self, objv[2]) != TCL_OK) return TCL_ERROR;
+        Tcl_ResetResult(interp);
+        return TCL_OK;
+    });
+}
+
+// Words listed in the unknown-method and unknown-option messages.
+void appendMethods(const ClassRecord* cls, std::string& s) {
+    for (; cls; cls = cls->base)
+        for (const auto& m : cls->methods) s += m->name + " ";
+}
+void appendOptions(const ClassRecord* cls, std::string& s, bool settableOnly) {
+    for (; cls; cls = cls->base)
+        for (const auto& a : cls->attributes)
+            if (!settableOnly || a->set) s += "-" + a->name + " ";
+}
+
+int unknownMethod(Tcl_Interp* interp, const ClassRecord& cls) {
+    std::string s = "Invalid Method for " + cls.name + ". Must be : { cget configure -acquire -disown -delete methods : ";
+    appendMethods(&cls, s);
+    s += "}";
+    setResultText(interp, s);
+    return TCL_ERROR;
+}
+
+int unknownOption(Tcl_Interp* interp, const ClassRecord& cls, const char* what, bool settableOnly) {
+    std::string s = std::string("Invalid ") + what + " option for " + cls.name + ". Must be :{ ";
+    if (!settableOnly) s += "-this -thisown ";
+    appendOptions(&cls, s, settableOnly);
+    s += "}";
+    setResultText(interp, s);
+    return TCL_ERROR;
+}
+
+void instanceDeleted(ClientData cd) {
+    auto* inst = static_cast<InstanceRecord*>(cd);
+    if (inst->object) {
+        Object* obj = inst->object;
+        inst->object = nullptr;
+        detachInstance(obj);
+        if (inst->owned) destroyObject(obj);
+    }
+    delete inst;
+}
+
+int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    const ClassRecord& cls = *inst->cls;
+    if (objc < 2) {
+        setResultText(interp, "wrong # args.");
+        return TCL_ERROR;
+    }
+    Object* self = inst->object;
+    std::string_view word = Tcl_GetString(objv[1]);
+    if (word == "-acquire") {
+        inst->owned = true;
+        Tcl_ResetResult(interp);
+        return TCL_OK;
+    }
+    if (word == "-disown") {
+        inst->owned = false;
+        Tcl_ResetResult(interp);
+        return TCL_OK;
+    }
+    if (word == "-delete") {
+        Tcl_DeleteCommandFromToken(interp, inst->token);
+        Tcl_ResetResult(interp);
+        return TCL_OK;
+    }
+    if (word == "cget") {
+        if (objc != 3) {
+            setResultText(interp, "wrong # args.");
+            return TCL_ERROR;
+        }
+        std::string_view opt = Tcl_GetString(objv[2]);
+        if (opt == "-this") {
+            Tcl_SetObjResult(interp, newHandleObj(self, *cls.type));
+            return TCL_OK;
+        }
+        if (opt == "-thisown") {
+            Tcl_SetObjResult(interp, Tcl_NewIntObj(inst->owned ? 1 : 0));
+            return TCL_OK;
+        }
+        const AttrRecord* a = opt.size() > 1 && opt[0] == '-' ? cls.findAttr(opt.substr(1)) : nullptr;
+        if (!a) return unknownOption(interp, cls, "cget", false);
+        Tcl_SetObjResult(interp, a->get(*a, self));
+        return TCL_OK;
+    }
+    if (word == "configure" || word == "config") {
+        if (objc == 2) {  // no options: every option with its value
+            Tcl_Obj* list = Tcl_NewListObj(0, nullptr);
+            for (const ClassRecord* c = &cls; c; c = c->base)
+                for (const auto& a : c->attributes) {
+                    Tcl_ListObjAppendElement(nullptr, list, Tcl_NewStringObj(("-" + a->name).c_str(), -1));
+                    Tcl_ListObjAppendElement(nullptr, list, a->get(*a, self));
+                }
+            Tcl_SetObjResult(interp, list);
+            return TCL_OK;
+        }
+        for (int i = 2; i < objc; i += 2) {
+            std::string_view opt = Tcl_GetString(objv[i]);
+            const AttrRecord* a = opt.size() > 1 && opt[0] == '-' ? cls.findAttr(opt.substr(1)) : nullptr;
+            if (!a) return unknownOption(interp, cls, "configure", true);
+            if (!a->set) {
+                setResultText(interp, "Option -" + a->name + " of " + cls.name + " is read-only.");
+                return TCL_ERROR;
+            }
+            if (i + 1 >= objc) {
+                setResultText(interp, "value for \"-" + a->name + "\" missing");
+                return TCL_ERROR;
+            }
+            if (setAttr(*a, interp, self, objv[i + 1]) != TCL_OK) return TCL_ERROR;
+        }
+        Tcl_ResetResult(interp);
+        return TCL_OK;
+    }
+    const MethodRecord* m = cls.findMethod(word);
+    if (!m) return unknownMethod(interp, cls);
+    return callMethod(*m, interp, self, objc - 2, objv + 2);
+}
+
+}  // namespace
+
+const MethodRecord* ClassRecord::findMethod(std::string_view n) const {
+    for (const ClassRecord* c = this; c; c = c->base) {
+        auto it = c->methodIndex.find(n);
+        if (it != c->methodIndex.end()) return it->second;
+    }
+    return nullptr;
+}
+
+const AttrRecord* ClassRecord::findAttr(std::string_view n) const {
+    for (const ClassRecord* c = this; c; c = c->base) {
+        auto it = c->attrIndex.find(n);
+        if (it != c->attrIndex.end()) return it->second;
+    }
+    return nullptr;
+}
+
+std::string usageOf(const std::string& command, const std::vector<ArgName>& args, bool withSelf) {
+    std::string s = command + " ";
+    if (withSelf) s += "self ";
+    for (const auto& a : args) s += std::string(a.name) + " ";
+    return s;
+}
+
+void setArgError(Tcl_Interp* interp, const ConvertError& e, int position, const char* name) {
+    // Handles keep the exact type-error text; values name the argument.
+    if (e.text.rfind("Type error.", 0) == 0) {
+        setResultText(interp, e.text);
+        return;
+    }
+    // position counts the arguments after self; self is argument 1.
+    setResultText(interp, e.text + " argument " + std::to_string(position + 2) + " (" + name + ")");
+}
+
+void reportResult(Tcl_Interp* interp, int code) {
+    Tcl_Obj* result = Tcl_GetObjResult(interp);
+    if (Tcl_IsShared(result)) Tcl_SetObjResult(interp, Tcl_NewIntObj(code));
+    else Tcl_SetIntObj(result, code);
+    if (code != 0) Tcl_SetVar2(interp, "zkErrorInfo", nullptr, zk::lastError().c_str(), TCL_GLOBAL_ONLY);
+}
+
+void addRegistration(int order, const char* name, void (*build)(ClassRecord&), const TypeInfo** slot) {
+    registrations().push_back({order, name, build, slot});
+}
+
+const std::vector<std::unique_ptr<ClassRecord>>& classes() {
+    static auto* all = [] {
+        auto* v = new std::vector<std::unique_ptr<ClassRecord>>;
+        auto regs = registrations();
+        std::stable_sort(regs.begin(), regs.end(),
+                         [](const Registration& a, const Registration& b) { return a.order < b.order; });
+        for (const auto& reg : regs) {
+            auto cls = std::make_unique<ClassRecord>();
+            cls->name = reg.name;
+            cls->type = registerType(reg.name);
+            cls->type->cls = cls.get();
+            *reg.slot = cls->type;
+            reg.build(*cls);
+            cls->newUsage = usageOf("new_" + cls->name, cls->ctorArgs, false);
+            cls->deleteUsage = "delete_" + cls->name + " self ";
+            for (const auto& m : cls->methods) cls->methodIndex.emplace(m->name, m.get());
+            for (const auto& a : cls->attributes) cls->attrIndex.emplace(a->name, a.get());
+            v->push_back(std::move(cls));
+        }
+        return v;
+    }();
+    return *all;
+}
+
+int instanceCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto* inst = static_cast<InstanceRecord*>(cd);
+    if (!inst->object) {
+        setResultText(interp, "Type error. Expected " + inst->cls->type->display);
+        return TCL_ERROR;
+    }
+    return guarded(interp, [&] { return instanceDispatch(inst, interp, objc, objv); });
+}
+
+int classCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    auto* cls = static_cast<const ClassRecord*>(cd);
+    if (!cls) {
+        setResultText(interp, "swig: internal runtime error. No class object defined.");
+        return TCL_ERROR;
+    }
+    return guarded(interp, [&] {
+        if (!cls->construct) {
+            setResultText(interp, "No constructor available.");
+            return TCL_ERROR;
+        }
+        if (objc < 2) {
+            setResultText(interp, "wrong # args.");
+            return TCL_ERROR;
+        }
+        int first = 2;
+        if (objc > 2 && std::string_view(Tcl_GetString(objv[2])) == "-args") first = 3;
+        int n = objc - first;
+        if (n < cls->ctorRequired || n > int(cls->ctorArgs.size())) return wrongArgs(interp, cls->newUsage);
+        Object* obj = cls->construct(*cls, interp, n, objv + first);
+        if (!obj) return TCL_ERROR;
+        registerObject(obj, cls->type);
+        auto* inst = new InstanceRecord{obj, cls, interp, nullptr, true};
+        const char* name = Tcl_GetString(objv[1]);
+        inst->token = Tcl_CreateObjCommand(interp, name, instanceCommandProc, inst, instanceDeleted);
+        attachInstance(obj, inst);
+        Tcl_SetObjResult(interp, Tcl_NewStringObj(name, -1));
+        return TCL_OK;
+    });
+}
+
+void dropInstanceCommand(InstanceRecord* inst) {
+    inst->object = nullptr;  // instanceDeleted then frees only the record
+    Tcl_DeleteCommandFromToken(inst->interp, inst->token);
+}
+
+void createClassCommands(Tcl_Interp* interp) {
+    for (const auto& cls : classes()) {
+        ClientData c = cls.get();
+        Tcl_CreateObjCommand(interp, ("new_" + cls->name).c_str(), newProc, c, nullptr);
+        Tcl_CreateObjCommand(interp, ("delete_" + cls->name).c_str(), deleteProc, c, nullptr);
+        for (const auto& m : cls->methods)
+            Tcl_CreateObjCommand(interp, (cls->name + "_" + m->name).c_str(), methodProc, m.get(), nullptr);
+        for (const auto& a : cls->attributes) {
+            if (a->set)
+                Tcl_CreateObjCommand(interp, (cls->name + "_" + a->name + "_set").c_str(), setProc, a.get(), nullptr);
+            Tcl_CreateObjCommand(interp, (cls->name + "_" + a->name + "_get").c_str(), getProc, a.get(), nullptr);
+        }
+        Tcl_CreateObjCommand(interp, cls->name.c_str(), classCommandProc, c, nullptr);
+    }
+}
+
+}  // namespace zk::binding

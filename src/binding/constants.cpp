@@ -1,0 +1,56 @@
+// The symbolic constants: a global variable per constant and a read-only
+// linked element zkConstants(<name>) backed by process-wide cells.
+#include <tcl.h>
+
+#include <map>
+#include <string>
+
+#include "binding/module.h"
+
+namespace zk::binding {
+namespace {
+
+struct Constant {
+    const char* name;
+    unsigned long long value;
+    int kind;  // 1 signed int, 6 unsigned 32-bit
+};
+
+const Constant kConstants[] = {
+#include "binding/constants_table.inc"
+};
+
+union Cell {
+    int i;
+    unsigned u;
+};
+
+std::map<std::string, Cell>& cells() {
+    static auto* c = new std::map<std::string, Cell>;  // linked variables point here for the process' life
+    return *c;
+}
+
+}  // namespace
+
+size_t constantCount() { return sizeof kConstants / sizeof kConstants[0]; }
+
+void installConstants(Tcl_Interp* interp) {
+    std::map<std::string, bool> linked;
+    for (const Constant& c : kConstants) {
+        Tcl_Obj* value = c.kind == 6 ? Tcl_NewStringObj(std::to_string(unsigned(c.value)).c_str(), -1)
+                                     : Tcl_NewIntObj(int(c.value));
+        Tcl_SetVar2Ex(interp, c.name, nullptr, value, TCL_GLOBAL_ONLY);
+        auto [it, fresh] = cells().try_emplace(c.name);
+        if (fresh) {
+            if (c.kind == 6) it->second.u = unsigned(c.value);
+            else it->second.i = int(c.value);
+        }
+        if (linked[c.name]) continue;
+        linked[c.name] = true;
+        std::string element = std::string("zkConstants(") + c.name + ")";
+        Tcl_LinkVar(interp, element.c_str(), reinterpret_cast<char*>(&it->second),
+                    (c.kind == 6 ? TCL_LINK_UINT : TCL_LINK_INT) | TCL_LINK_READ_ONLY);
+    }
+}
+
+}  // namespace zk::binding

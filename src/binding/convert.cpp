@@ -1,0 +1,69 @@
+#include "binding/convert.h"
+
+#include <climits>
+#include <cstring>
+
+namespace zk::binding {
+
+bool booleanWord(const char* s, int& out) {
+    static const struct {
+        const char* word;
+        int value;
+    } words[] = {{"true", 1},  {"TCL_OK", 1},    {"enable", 1},  {"on", 1},
+                 {"false", 0}, {"TCL_ERROR", 0}, {"disable", 0}, {"off", 0}};
+    for (const auto& w : words)
+        if (std::strcmp(s, w.word) == 0) {
+            out = w.value;
+            return true;
+        }
+    return false;
+}
+
+namespace {
+bool toWide(Tcl_Obj* obj, Tcl_WideInt lo, Tcl_WideInt hi, Tcl_WideInt& out, ConvertError& err) {
+    if (Tcl_GetWideIntFromObj(nullptr, obj, &out) == TCL_OK) {
+        if (out < lo || out > hi) {
+            err.text = std::string("integer value too large to represent: \"") + Tcl_GetString(obj) + "\"";
+            return false;
+        }
+        return true;
+    }
+    int word;
+    if (booleanWord(Tcl_GetString(obj), word)) {
+        out = word;
+        return true;
+    }
+    err.text = std::string("expected integer but got \"") + Tcl_GetString(obj) + "\"";
+    return false;
+}
+}  // namespace
+
+bool toInt(Tcl_Obj* obj, int& out, ConvertError& err) {
+    // A cached integer needs no further checks beyond its range.
+    Tcl_WideInt w;
+    if (!toWide(obj, INT_MIN, INT_MAX, w, err)) return false;
+    out = int(w);
+    return true;
+}
+
+bool toUnsigned(Tcl_Obj* obj, unsigned& out, ConvertError& err) {
+    Tcl_WideInt w;
+    if (!toWide(obj, INT_MIN, UINT_MAX, w, err)) return false;
+    out = unsigned(w);  // negative values wrap as in C
+    return true;
+}
+
+bool toLong(Tcl_Obj* obj, long& out, ConvertError& err) {
+    Tcl_WideInt w;
+    if (!toWide(obj, LONG_MIN, LONG_MAX, w, err)) return false;
+    out = long(w);
+    return true;
+}
+
+bool toDouble(Tcl_Obj* obj, double& out, ConvertError& err) {
+    if (Tcl_GetDoubleFromObj(nullptr, obj, &out) == TCL_OK) return true;
+    err.text = std::string("expected floating-point number but got \"") + Tcl_GetString(obj) + "\"";
+    return false;
+}
+
+}  // namespace zk::binding

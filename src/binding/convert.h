@@ -1,0 +1,103 @@
+// Conversion between Tcl values and C++ arguments, chosen by C++ type.
+//
+// Integers accept Tcl integers and, when the value is not a number, the
+// boolean words true/TCL_OK/enable/on (1) and false/TCL_ERROR/disable/off (0).
+#pragma once
+
+#include <tcl.h>
+
+#include <string>
+#include <type_traits>
+
+#include "binding/types.h"
+
+namespace zk::binding {
+
+// Why a conversion failed, for the error message.
+struct ConvertError {
+    std::string text;
+};
+
+bool toInt(Tcl_Obj* obj, int& out, ConvertError& err);
+bool toUnsigned(Tcl_Obj* obj, unsigned& out, ConvertError& err);
+bool toLong(Tcl_Obj* obj, long& out, ConvertError& err);
+bool toDouble(Tcl_Obj* obj, double& out, ConvertError& err);
+// The boolean word table; false when the text is none of the words.
+bool booleanWord(const char* text, int& out);
+
+template <class T>
+struct Convert;
+
+template <>
+struct Convert<int> {
+    static bool from(Tcl_Interp*, Tcl_Obj* o, int& v, ConvertError& e) { return toInt(o, v, e); }
+    static Tcl_Obj* to(int v) { return Tcl_NewIntObj(v); }
+    static constexpr const char* kind = "int";
+};
+template <>
+struct Convert<unsigned> {
+    static bool from(Tcl_Interp*, Tcl_Obj* o, unsigned& v, ConvertError& e) { return toUnsigned(o, v, e); }
+    static Tcl_Obj* to(unsigned v) { return Tcl_NewWideIntObj(Tcl_WideInt(v)); }
+    static constexpr const char* kind = "unsigned";
+};
+template <>
+struct Convert<long> {
+    static bool from(Tcl_Interp*, Tcl_Obj* o, long& v, ConvertError& e) { return toLong(o, v, e); }
+    static Tcl_Obj* to(long v) { return Tcl_NewWideIntObj(Tcl_WideInt(v)); }
+    static constexpr const char* kind = "long";
+};
+template <>
+struct Convert<bool> {
+    static bool from(Tcl_Interp*, Tcl_Obj* o, bool& v, ConvertError& e) {
+        int i;
+        if (!toInt(o, i, e)) return false;
+        v = i != 0;
+        return true;
+    }
+    static Tcl_Obj* to(bool v) { return Tcl_NewIntObj(v ? 1 : 0); }
+    static constexpr const char* kind = "bool";
+};
+template <>
+struct Convert<double> {
+    static bool from(Tcl_Interp*, Tcl_Obj* o, double& v, ConvertError& e) { return toDouble(o, v, e); }
+    static Tcl_Obj* to(double v) { return Tcl_NewDoubleObj(v); }
+    static constexpr const char* kind = "double";
+};
+template <>
+struct Convert<std::string> {
+    static bool from(Tcl_Interp*, Tcl_Obj* o, std::string& v, ConvertError&) {
+        int len;
+        const char* s = Tcl_GetStringFromObj(o, &len);
+        v.assign(s, size_t(len));
+        return true;
+    }
+    static Tcl_Obj* to(const std::string& v) { return Tcl_NewStringObj(v.data(), int(v.size())); }
+    static constexpr const char* kind = "text";
+};
+
+// Class pointers: handles of the class or a derived one; "NULL" is null.
+const TypeInfo* typeOfClass(const char* className);
+template <class T>
+const TypeInfo* typeOf();  // defined by ClassDesc<T> registration
+
+template <class T>
+struct Convert<T*> {
+    static bool from(Tcl_Interp* interp, Tcl_Obj* o, T*& v, ConvertError& e) {
+        Object* obj;
+        Decode d = decodeObject(interp, o, typeOf<T>(), true, obj);
+        if (d != Decode::Ok) {
+            e.text = d == Decode::NotPointer ? "Type error. Expected a pointer"
+                                             : "Type error. Expected " + typeOf<T>()->display;
+            return false;
+        }
+        v = static_cast<T*>(obj);
+        return true;
+    }
+    static Tcl_Obj* to(T* v) { return newHandleObj(v, *typeOf<T>()); }
+    static constexpr const char* kind = "handle";
+};
+
+template <class T>
+using Bare = std::remove_cvref_t<T>;
+
+}  // namespace zk::binding

@@ -1,0 +1,329 @@
+// Class descriptions: every script-visible class is described once, and the
+// binding derives from that description its type record, the flat commands
+// (new_, delete_, <Class>_<method>, <Class>_<option>_get/_set), their usage
+// strings, the class command and the instance command.
+//
+//   static Describe<TCLRipRouteRange> d(40, "TCLRipRouteRange", [](auto& c) {
+//       c.constructor();
+//       c.option("enableRouteRange", &TCLRipRouteRange::enableRouteRange);
+//       c.method("setDefault", &TCLRipRouteRange::setDefault);
+//   });
+#pragma once
+
+#include <tcl.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "binding/convert.h"
+#include "binding/types.h"
+#include "core/errors.h"
+#include "core/object.h"
+
+namespace zk::binding {
+
+struct ArgName {
+    ArgName(const char* n) : name(n) {}  // NOLINT(google-explicit-constructor): names read as plain strings
+    ArgName(const char* n, bool o) : name(n), optional(o) {}
+    const char* name;
+    bool optional = false;
+};
+// An argument that may be left out; it then takes its type's zero value.
+inline ArgName optional(const char* name) { return {name, true}; }
+
+struct ClassRecord;
+
+struct AttrRecord {
+    std::string name;
+    const ClassRecord* cls = nullptr;
+    const char* kind = "";  // "int", "text" ... for the reference
+    size_t maxLength = 0;   // text options: 0 is no limit
+    std::string getUsage, setUsage;
+    std::shared_ptr<void> access;  // the member pointer or accessor functions
+    Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
+    bool (*set)(const AttrRecord&, Tcl_Interp*, Object*, Tcl_Obj*, ConvertError&) = nullptr;  // null: read-only
+};
+
+struct MethodRecord {
+    std::string name;
+    const ClassRecord* cls = nullptr;
+    std::vector<ArgName> args;
+    int required = 0;
+    std::string usage;
+    const char* resultKind = "";
+    std::shared_ptr<void> fn;
+    // Converts objv (the arguments after self), calls, and sets the result.
+    int (*call)(const MethodRecord&, Tcl_Interp*, Object*, int, Tcl_Obj* const[]) = nullptr;
+};
+
+struct ClassRecord {
+    std::string name;
+    TypeInfo* type = nullptr;
+    const ClassRecord* base = nullptr;
+    std::vector<ArgName> ctorArgs;
+    int ctorRequired = 0;
+    std::string newUsage, deleteUsage;
+    Object* (*construct)(const ClassRecord&, Tcl_Interp*, int, Tcl_Obj* const[]) = nullptr;
+    std::vector<std::unique_ptr<MethodRecord>> methods;
+    std::vector<std::unique_ptr<AttrRecord>> attributes;
+    std::unordered_map<std::string_view, const MethodRecord*> methodIndex;
+    std::unordered_map<std::string_view, const AttrRecord*> attrIndex;
+
+    // The class's own entries first, then those of its bases.
+    const MethodRecord* findMethod(std::string_view n) const;
+    const AttrRecord* findAttr(std::string_view n) const;
+};
+
+// Every described class, in registration order (built once per process).
+const std::vector<std::unique_ptr<ClassRecord>>& classes();
+
+// Shared pieces of the generated commands.
+std::string usageOf(const std::string& command, const std::vector<ArgName>& args, bool withSelf);
+void setArgError(Tcl_Interp* interp, const ConvertError& e, int position, const char* name);
+void reportResult(Tcl_Interp* interp, int code);  // integer result; copies the last error on failure
+template <class T>
+inline const TypeInfo* typeSlot = nullptr;
+template <class T>
+const TypeInfo* typeOf() {
+    return typeSlot<T>;
+}
+
+namespace detail {
+
+template <class A>
+bool convertArg(Tcl_Interp* interp, Tcl_Obj* const objv[], int objc, int i, const std::vector<ArgName>& names,
+                Bare<A>& out) {
+    if (i >= objc) {
+        out = Bare<A>{};
+        return true;
+    }
+    ConvertError e;
+    if (Convert<Bare<A>>::from(interp, objv[i], out, e)) return true;
+    setArgError(interp, e, i, names[size_t(i)].name);
+    return false;
+}
+
+template <class... A, size_t... I>
+bool convertAll(Tcl_Interp* interp, Tcl_Obj* const objv[], int objc, const std::vector<ArgName>& names,
+                std::tuple<Bare<A>...>& t, std::index_sequence<I...>) {
+    return (convertArg<A>(interp, objv, objc, int(I), names, std::get<I>(t)) && ...);
+}
+
+template <class R>
+void setResult(Tcl_Interp* interp, R&& r) {
+    using V = Bare<R>;
+    if constexpr (std::is_same_v<V, int>) {
+        reportResult(interp, r);
+    } else {
+        Tcl_SetObjResult(interp, Convert<V>::to(r));
+    }
+}
+
+// Calls f(args...) with the converted arguments and sets the result.
+template <class R, class... A, class F>
+int invoke(Tcl_Interp* interp, const MethodRecord& m, int objc, Tcl_Obj* const objv[], F&& f) {
+    std::tuple<Bare<A>...> args;
+    if (!convertAll<A...>(interp, objv, objc, m.args, args, std::index_sequence_for<A...>{})) return TCL_ERROR;
+    if constexpr (std::is_void_v<R>) {
+        std::apply(f, args);
+        Tcl_ResetResult(interp);
+    } else {
+        setResult(interp, std::apply(f, args));
+    }
+    return TCL_OK;
+}
+
+template <class T, class M>
+struct Field {
+    M T::*ptr;
+};
+
+template <class T, class M>
+Tcl_Obj* getField(const AttrRecord& a, Object* o) {
+    auto* f = static_cast<Field<T, M>*>(a.access.get());
+    return Convert<M>::to(static_cast<T*>(o)->*(f->ptr));
+}
+
+template <class T, class M>
+bool setField(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, ConvertError& e) {
+    M value;
+    if (!Convert<M>::from(interp, v, value, e)) return false;
+    if constexpr (std::is_same_v<M, std::string>) {
+        if (a.maxLength && value.size() > a.maxLength) {
+            e.text = "value is longer than " + std::to_string(a.maxLength) + " characters";
+            return false;
+        }
+    }
+    auto* f = static_cast<Field<T, M>*>(a.access.get());
+    static_cast<T*>(o)->*(f->ptr) = std::move(value);
+    return true;
+}
+
+template <class T, class M>
+struct Accessors {
+    M (*get)(const T&);
+    void (*set)(T&, M);
+};
+
+template <class T, class M>
+Tcl_Obj* getAccessor(const AttrRecord& a, Object* o) {
+    auto* f = static_cast<Accessors<T, M>*>(a.access.get());
+    return Convert<M>::to(f->get(*static_cast<T*>(o)));
+}
+
+template <class T, class M>
+bool setAccessor(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, ConvertError& e) {
+    M value;
+    if (!Convert<M>::from(interp, v, value, e)) return false;
+    static_cast<Accessors<T, M>*>(a.access.get())->set(*static_cast<T*>(o), std::move(value));
+    return true;
+}
+
+}  // namespace detail
+
+template <class T>
+class ClassDesc {
+public:
+    explicit ClassDesc(ClassRecord& r) : r_(r) {}
+
+    // Constructor arguments, by type and name: c.constructor<TCLRipRouteRange*>("pRipRouteRange").
+    template <class... A, class... N>
+    void constructor(N... names) {
+        static_assert(sizeof...(A) == sizeof...(N), "one name per constructor argument");
+        r_.ctorArgs = {ArgName(names)...};
+        r_.ctorRequired = countRequired(r_.ctorArgs);
+        r_.construct = [](const ClassRecord& cls, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) -> Object* {
+            std::tuple<Bare<A>...> args;
+            if (!detail::convertAll<A...>(interp, objv, objc, cls.ctorArgs, args, std::index_sequence_for<A...>{}))
+                return nullptr;
+            return std::apply([](auto&&... a) -> Object* { return new T(a...); }, args);
+        };
+    }
+
+    template <class M>
+    AttrRecord& option(const char* name, M T::*field) {
+        AttrRecord& a = readOnly(name, field);
+        a.set = &detail::setField<T, M>;
+        return a;
+    }
+
+    template <class M>
+    AttrRecord& readOnly(const char* name, M T::*field) {
+        AttrRecord& a = attr(name, Convert<M>::kind);
+        a.access = std::make_shared<detail::Field<T, M>>(detail::Field<T, M>{field});
+        a.get = &detail::getField<T, M>;
+        return a;
+    }
+
+    // An option computed by functions rather than held in a field.
+    template <class M>
+    AttrRecord& option(const char* name, M (*get)(const T&), void (*set)(T&, M)) {
+        AttrRecord& a = attr(name, Convert<M>::kind);
+        a.access = std::make_shared<detail::Accessors<T, M>>(detail::Accessors<T, M>{get, set});
+        a.get = &detail::getAccessor<T, M>;
+        if (set) a.set = &detail::setAccessor<T, M>;
+        return a;
+    }
+
+    template <class R, class... A, class... N>
+    void method(const char* name, R (T::*fn)(A...), N... names) {
+        static_assert(sizeof...(A) == sizeof...(N), "one name per method argument");
+        using Fn = R (T::*)(A...);
+        MethodRecord& m = addMethod(name, {ArgName(names)...}, resultKind<R>());
+        m.fn = std::make_shared<Fn>(fn);
+        m.call = [](const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
+            Fn f = *static_cast<Fn*>(m.fn.get());
+            T* t = static_cast<T*>(self);
+            return detail::invoke<R, A...>(interp, m, objc, objv,
+                                           [t, f](auto&&... a) -> R { return (t->*f)(a...); });
+        };
+    }
+
+    // A method written as a function of the object, for methods the class
+    // shares with others (the collection methods, for example).
+    template <class R, class... A, class... N>
+    void method(const char* name, R (*fn)(T&, A...), N... names) {
+        static_assert(sizeof...(A) == sizeof...(N), "one name per method argument");
+        using Fn = R (*)(T&, A...);
+        MethodRecord& m = addMethod(name, {ArgName(names)...}, resultKind<R>());
+        m.fn = std::make_shared<Fn>(fn);
+        m.call = [](const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
+            Fn f = *static_cast<Fn*>(m.fn.get());
+            T* t = static_cast<T*>(self);
+            return detail::invoke<R, A...>(interp, m, objc, objv, [t, f](auto&&... a) -> R { return f(*t, a...); });
+        };
+    }
+
+    template <class B>
+    void base() {
+        static_assert(std::is_base_of_v<B, T>);
+        r_.type->base = typeOf<B>();
+        r_.base = typeOf<B>() ? typeOf<B>()->cls : nullptr;
+    }
+
+    const ClassRecord& record() const { return r_; }
+
+private:
+    static int countRequired(const std::vector<ArgName>& args) {
+        int n = 0;
+        for (const auto& a : args) n += a.optional ? 0 : 1;
+        return n;
+    }
+    template <class R>
+    static const char* resultKind() {
+        if constexpr (std::is_void_v<R>) return "";
+        else return Convert<Bare<R>>::kind;
+    }
+
+    AttrRecord& attr(const char* name, const char* kind) {
+        auto a = std::make_unique<AttrRecord>();
+        a->name = name;
+        a->cls = &r_;
+        a->kind = kind;
+        a->getUsage = r_.name + "_" + name + "_get self ";
+        a->setUsage = r_.name + "_" + name + "_set self " + name + " ";
+        r_.attributes.push_back(std::move(a));
+        return *r_.attributes.back();
+    }
+
+    MethodRecord& addMethod(const char* name, std::vector<ArgName> args, const char* kind) {
+        auto m = std::make_unique<MethodRecord>();
+        m->name = name;
+        m->cls = &r_;
+        m->args = std::move(args);
+        m->required = countRequired(m->args);
+        m->usage = usageOf(r_.name + "_" + name, m->args, true);
+        m->resultKind = kind;
+        r_.methods.push_back(std::move(m));
+        return *r_.methods.back();
+    }
+
+    ClassRecord& r_;
+};
+
+// Registration of a description; `order` places the class in the command table.
+void addRegistration(int order, const char* name, void (*build)(ClassRecord&), const TypeInfo** slot);
+
+template <class T>
+struct Describe {
+    using Fn = void (*)(ClassDesc<T>&);
+    Describe(int order, const char* name, Fn fn) {
+        describeFn() = fn;
+        addRegistration(order, name, &build, &typeSlot<T>);
+    }
+    static Fn& describeFn() {
+        static Fn f = nullptr;
+        return f;
+    }
+    static void build(ClassRecord& r) {
+        ClassDesc<T> c(r);
+        describeFn()(c);
+    }
+};
+
+}  // namespace zk::binding

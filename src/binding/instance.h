@@ -1,0 +1,27 @@
+// Class commands and instance commands.
+#pragma once
+
+#include <tcl.h>
+
+#include "binding/describe.h"
+
+namespace zk::binding {
+
+struct InstanceRecord {
+    Object* object = nullptr;  // null once the object was destroyed elsewhere
+    const ClassRecord* cls = nullptr;
+    Tcl_Interp* interp = nullptr;
+    Tcl_Command token = nullptr;
+    bool owned = true;  // the script owns the object: deleting the command deletes it
+};
+
+int instanceCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+int classCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+
+// The object of `inst` was destroyed: remove its command without touching it.
+void dropInstanceCommand(InstanceRecord* inst);
+
+// Creates every command of every described class in `interp`.
+void createClassCommands(Tcl_Interp* interp);
+
+}  // namespace zk::binding

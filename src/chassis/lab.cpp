@@ -1,0 +1,44 @@
+#include "chassis/lab.h"
+
+namespace chassis {
+
+Lab& Lab::instance() {
+    static Lab* lab = new Lab;  // lives for the process: ports outlive every interpreter
+    return *lab;
+}
+
+Lab::Lab() { reset(false); }
+
+Port* Lab::find(const PortId& id) {
+    auto it = ports_.find(id);
+    return it == ports_.end() ? nullptr : it->second.get();
+}
+
+Port& Lab::add(const PortId& id) {
+    auto& slot = ports_[id];
+    slot = std::make_unique<Port>(id);
+    return *slot;
+}
+
+bool Lab::remove(const PortId& id) { return ports_.erase(id) != 0; }
+
+std::vector<PortId> Lab::list() const {
+    std::vector<PortId> ids;
+    for (const auto& [id, port] : ports_) ids.push_back(id);
+    return ids;
+}
+
+void Lab::reset(bool empty) {
+    ports_.clear();
+    if (!empty)
+        for (int card = 1; card <= 4; ++card)
+            for (int port = 1; port <= 4; ++port) add(PortId{1, card, port});
+    log_.clear();
+    captureDir.clear();
+    captureSequence = 0;
+    replies_.clear();
+    replies_.replyDelayMs = 0;
+    for (auto hook : resetHooks_) hook();
+}
+
+}  // namespace chassis

@@ -1,0 +1,20 @@
+// Kinds of learned information the host can load into a port with
+// `zkchassis::learn <kind> C D P ...`. Each protocol registers its own.
+#pragma once
+
+#include <tcl.h>
+
+#include "chassis/port.h"
+
+namespace chassis {
+
+// Parses the arguments after C D P and stores what the port learned.
+// Returns TCL_OK or TCL_ERROR with a message in the interpreter result.
+using LearnHandler = int (*)(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* const objv[]);
+
+void registerLearnKind(const char* kind, const char* usage, LearnHandler handler);
+
+// Lets the event loop deliver due replies (called by both package entries).
+void installEventLoop();
+
+}  // namespace chassis

@@ -1,0 +1,190 @@
+// The named-collection pattern every parent uses for its children.
+//
+// A parent is built with a staging object of each child class. The script
+// configures the staging object; the parent converts it into a HAL record
+// stored in a HAL container (a RecordList) and remembers the record's
+// identity under a name. add/get/set/del/getFirst/getNext/clearAll copy
+// between the staging object and the stored records.
+//
+// The names live in an ItemList. A child that is itself a parent brings the
+// names of its own children along (ItemEntry::children), so getting a
+// stored router back restores its route-range names too.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/errors.h"
+#include "core/indexed_list.h"
+#include "core/object.h"
+#include "hal/basic.h"
+
+namespace zk {
+
+struct ItemEntry;
+using ItemList = IndexedList<std::string, ItemEntry>;
+
+struct ItemEntry {
+    hal::EComponentId id;
+    std::vector<ItemList> children;  // names of the child's own lists, in its order
+};
+
+class CollectionBase {
+public:
+    virtual ~CollectionBase() = default;
+    virtual ItemList snapshot() = 0;          // copy of the names in use
+    virtual void restore(const ItemList&) = 0;  // names loaded with a stored parent
+    virtual void clearQuiet() = 0;            // empties names and records, no checks
+    virtual void resetCursor() = 0;
+};
+
+// Snapshot, restore and empty every child list of a staging parent.
+std::vector<ItemList> snapshotChildren(Object& parent);
+void restoreChildren(Object& parent, const std::vector<ItemList>& names);
+void clearChildren(Object& parent);
+
+// Child must provide:
+//   int  ToRecord(Rec&)          0 when the options converted, else 1
+//   void FromRecord(const Rec&)  loads the options (and child records)
+template <class Child, class Rec>
+class Collection : public CollectionBase {
+public:
+    struct Hooks {
+        // 0 when the parent may act now, else the result code to return.
+        std::function<int()> ready = [] { return kOk; };
+        // Where the records live and which names are in use.
+        std::function<hal::RecordList<Rec>*()> records;
+        std::function<ItemList*()> names;
+        // Code for a missing staging object or an empty name.
+        int refused = kNoPort;
+    };
+
+    Collection(Child* staging, Hooks hooks) : staging_(staging), hooks_(std::move(hooks)) {}
+
+    int add(const std::string& name) {
+        Child* child;
+        ItemList* list;
+        hal::RecordList<Rec>* recs;
+        if (int r = prepare(child, list, recs)) return r;
+        if (name.empty()) return hooks_.refused;
+        if (list->contains(name)) return kFail;
+        Rec rec;
+        if (child->ToRecord(rec) != 0) return kFail;
+        hal::EComponentId id = recs->Add(std::move(rec));
+        list->add(name, ItemEntry{id, snapshotChildren(*child)});
+        clearChildren(*child);
+        return kOk;
+    }
+
+    int get(const std::string& name) {
+        Child* child;
+        ItemList* list;
+        hal::RecordList<Rec>* recs;
+        if (int r = prepare(child, list, recs)) return r;
+        ItemEntry* e = list->find(name);
+        return e ? load(*child, *e, *recs) : kFail;
+    }
+
+    int set(const std::string& name) {
+        Child* child;
+        ItemList* list;
+        hal::RecordList<Rec>* recs;
+        if (int r = prepare(child, list, recs)) return r;
+        ItemEntry* e = name.empty() ? lastReturned(*list) : list->find(name);
+        if (!e) return kFail;
+        Rec rec;
+        if (child->ToRecord(rec) != 0) return kFail;
+        if (!recs->Replace(e->id, std::move(rec))) return kFail;
+        e->children = snapshotChildren(*child);
+        return kOk;
+    }
+
+    int del(const std::string& name) {
+        Child* child;
+        ItemList* list;
+        hal::RecordList<Rec>* recs;
+        if (int r = prepare(child, list, recs)) return r;
+        std::string key = name;
+        if (key.empty()) {
+            auto [k, e] = list->at(cursor_ ? cursor_ - 1 : 0);
+            if (!k) return kFail;
+            key = *k;
+        }
+        ItemEntry* e = list->find(key);
+        if (!e) return kFail;
+        recs->Remove(e->id);
+        list->erase(key);
+        return kOk;
+    }
+
+    int getFirst() {
+        cursor_ = 0;
+        return getNext();
+    }
+
+    int getNext() {
+        Child* child;
+        ItemList* list;
+        hal::RecordList<Rec>* recs;
+        if (int r = prepare(child, list, recs)) return r;
+        auto [k, e] = list->at(cursor_);
+        if (!k) return kFail;
+        if (int r = load(*child, *e, *recs)) return r;
+        ++cursor_;
+        return kOk;
+    }
+
+    int clearAll() {
+        if (int r = hooks_.ready()) return r;
+        clearQuiet();
+        return kOk;
+    }
+
+    // CollectionBase
+    ItemList snapshot() override {
+        ItemList* list = hooks_.names();
+        return list ? *list : ItemList{};
+    }
+    void restore(const ItemList& names) override {
+        if (ItemList* list = hooks_.names()) *list = names;
+        cursor_ = 0;
+    }
+    void clearQuiet() override {
+        ItemList* list = hooks_.names();
+        hal::RecordList<Rec>* recs = hooks_.records();
+        if (list && recs) list->forEach([&](const std::string&, ItemEntry& e) { recs->Remove(e.id); });
+        if (list) list->clear();
+        cursor_ = 0;
+    }
+    void resetCursor() override { cursor_ = 0; }
+
+    size_t cursor() const { return cursor_; }
+    Child* staging() const { return staging_.get(); }
+
+private:
+    int prepare(Child*& child, ItemList*& list, hal::RecordList<Rec>*& recs) {
+        child = staging_.get();
+        if (!child) return hooks_.refused;
+        if (int r = hooks_.ready()) return r;
+        list = hooks_.names();
+        recs = hooks_.records();
+        return list && recs ? kOk : kNoPort;
+    }
+
+    ItemEntry* lastReturned(ItemList& list) { return list.at(cursor_ ? cursor_ - 1 : 0).second; }
+
+    int load(Child& child, ItemEntry& e, hal::RecordList<Rec>& recs) {
+        const Rec* rec = recs.Find(e.id);
+        if (!rec) return kFail;
+        child.FromRecord(*rec);
+        restoreChildren(child, e.children);
+        return kOk;
+    }
+
+    Ref<Child> staging_;
+    Hooks hooks_;
+    size_t cursor_ = 0;
+};
+
+}  // namespace zk

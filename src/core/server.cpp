@@ -1,0 +1,40 @@
+#include "core/server.h"
+
+namespace zk {
+
+int PortServer::select(int c, int d, int p) {
+    int r = selectPort(c, d, p, protocol_);
+    if (r != kOk) return r;
+    for (CollectionBase* col : childCollections()) col->resetCursor();
+    return kOk;
+}
+
+int PortServer::write() {
+    Port* p = usablePort();
+    if (!p) return kFail;
+    return p->send(chassis::protocolName(protocol_), configOf(*p).ToJson()) ? kOk : kFail;
+}
+
+int PortServer::generateStreams(int c, int d, int p, int action) {
+    Port* given = findPort(c, d, p);
+    if (!given || !currentPort()) return kFail;
+    if (!given->available) return kNoPort;
+    if (given->writeFails) return kFail;
+    given->streams.push_back({chassis::protocolName(protocol_), configOf(*given).GetID().GetValue(), action});
+    chassis::Lab::instance().log(formatText("generateStreams %s port %s action %d", chassis::protocolName(protocol_),
+                                            given->id.text().c_str(), action));
+    return kOk;
+}
+
+ItemList* PortServer::names(size_t kind) {
+    Port* p = usablePort();
+    if (!p || kind >= listKinds_) return nullptr;
+    PortLists& lists = perPort_[p->id.key()];
+    if (lists.generation != p->generation) {  // a new port object: its old lists are gone
+        lists.generation = p->generation;
+        lists.lists.assign(listKinds_, ItemList{});
+    }
+    return &lists.lists[kind];
+}
+
+}  // namespace zk

@@ -1,0 +1,137 @@
+// Basic value types of the open HAL: addresses, byte strings, identities,
+// and the ordered record list that configuration records keep children in.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "core/indexed_list.h"
+
+namespace hal {
+
+using Json = nlohmann::ordered_json;
+
+// A byte string; its JSON form is lower-case hex.
+class EBlob {
+public:
+    EBlob() = default;
+    explicit EBlob(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+    const std::vector<uint8_t>& GetData() const { return bytes_; }
+    size_t GetSize() const { return bytes_.size(); }
+    void SetData(std::vector<uint8_t> bytes) { bytes_ = std::move(bytes); }
+    std::string ToHex() const;
+    bool operator==(const EBlob&) const = default;
+
+private:
+    std::vector<uint8_t> bytes_;
+};
+
+// An IPv4 (4 bytes) or IPv6 (16 bytes) address, most significant byte first.
+class EIPAddress {
+public:
+    EIPAddress() = default;  // IPv4 0.0.0.0
+    static EIPAddress FromV4(uint32_t hostOrder);
+    static EIPAddress FromV6(const std::array<uint8_t, 16>& bytes);
+
+    bool IsV6() const { return v6_; }
+    uint32_t GetV4() const;  // host order value of an IPv4 address
+    const std::array<uint8_t, 16>& GetBytes() const { return bytes_; }
+    EBlob GetAddressAsBlob() const;
+    std::string ToString() const;  // dotted or IPv6 text
+    bool operator==(const EIPAddress&) const = default;
+
+private:
+    bool v6_ = false;
+    std::array<uint8_t, 16> bytes_{};  // IPv4 uses the first four
+};
+
+// An address with a prefix length.
+class EIPMaskedAddress {
+public:
+    EIPMaskedAddress() = default;
+    EIPMaskedAddress(EIPAddress a, int prefix) : address_(a), prefix_(prefix) {}
+    const EIPAddress& GetAddress() const { return address_; }
+    int GetPrefixLength() const { return prefix_; }
+    void SetAddress(const EIPAddress& a) { address_ = a; }
+    void SetPrefixLength(int p) { prefix_ = p; }
+    std::string ToString() const;  // "a.b.c.d/len"
+    bool operator==(const EIPMaskedAddress&) const = default;
+
+private:
+    EIPAddress address_;
+    int prefix_ = 0;
+};
+
+// Identity of a configuration object; unique in the process, never reused.
+class EComponentId {
+public:
+    EComponentId() = default;
+    static EComponentId New();
+    uint64_t GetValue() const { return value_; }
+    bool IsValid() const { return value_ != 0; }
+    bool operator==(const EComponentId&) const = default;
+
+private:
+    explicit EComponentId(uint64_t v) : value_(v) {}
+    uint64_t value_ = 0;
+};
+
+void to_json(Json& j, const EBlob& b);
+void to_json(Json& j, const EIPAddress& a);
+void to_json(Json& j, const EIPMaskedAddress& a);
+void to_json(Json& j, const EComponentId& id);
+
+// Children of a configuration record, in order of addition, keyed by the
+// identity each receives when it is added. Rec needs SetID/GetID and a
+// to_json overload.
+template <class Rec>
+class RecordList {
+public:
+    EComponentId Add(Rec r) {
+        EComponentId id = EComponentId::New();
+        r.SetID(id);
+        items_.add(id.GetValue(), std::move(r));
+        return id;
+    }
+    Rec* Find(EComponentId id) { return items_.find(id.GetValue()); }
+    const Rec* Find(EComponentId id) const { return items_.find(id.GetValue()); }
+    bool Replace(EComponentId id, Rec r) {
+        Rec* old = Find(id);
+        if (!old) return false;
+        r.SetID(id);
+        *old = std::move(r);
+        return true;
+    }
+    bool Remove(EComponentId id) { return items_.erase(id.GetValue()); }
+    void Clear() { items_.clear(); }
+    size_t Size() const { return items_.size(); }
+    Rec* At(size_t pos) { return items_.at(pos).second; }
+    template <class F>
+    void ForEach(F&& f) const {
+        items_.forEach([&](uint64_t, const Rec& r) { f(r); });
+    }
+
+private:
+    zk::IndexedList<uint64_t, Rec> items_;
+};
+
+template <class Rec>
+void to_json(Json& j, const RecordList<Rec>& list) {
+    j = Json::array();
+    list.ForEach([&](const Rec& r) { j.push_back(r); });
+}
+
+// Every configuration record carries an identity.
+class ERecord {
+public:
+    EComponentId GetID() const { return id_; }
+    void SetID(EComponentId id) { id_ = id; }
+
+private:
+    EComponentId id_;
+};
+
+}  // namespace hal

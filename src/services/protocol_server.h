@@ -1,0 +1,54 @@
+// TCLProtocolServer: switches the port-level services of one port (ARP and
+// ping responders, each protocol's service and interface creation). Each
+// method names its port; there is no current port here.
+#pragma once
+
+#include <string>
+
+#include "core/object.h"
+
+namespace zk {
+
+class TCLProtocolServer : public Object {
+public:
+    TCLProtocolServer() { setDefault(); }
+
+    int enableArpResponse;
+    int enablePingResponse;
+    int enableIgmpQueryResponse;
+    int enableOspfService;
+    int enableBgp4Service;
+    int enableIsisService;
+    int enableRsvpService;
+    int enableRipService;
+    int enableLdpService;
+    int enableRipngService;
+    int enableMldService;
+    int enableOspfV3Service;
+    int enablePimsmService;
+    int enableStpService;
+    int enableBgp4CreateInterface;
+    int enableIsisCreateInterface;
+    int enableOspfCreateInterface;
+    int enableRipCreateInterface;
+    int enableRsvpCreateInterface;
+    int enableIgmpCreateInterface;
+    int arpServerEnable;   // deprecated alias of enableArpResponse
+    int pingServerEnable;  // deprecated alias of enablePingResponse
+    int repeatCount;       // the rest are kept and not used
+    int rate;
+    std::string MacAddress;
+    std::string IpAddress;
+    int count;
+    int mapType;
+
+    void setDefault();
+    int set(int chasID, int cardID, int portID);
+    int get(int chasID, int cardID, int portID);
+    int write(int chasID, int cardID, int portID);
+
+private:
+    bool Validate();
+};
+
+}  // namespace zk

@@ -1,0 +1,1 @@
+puts "zkmainprotocol [package require zkmainprotocol] zkchassis [package require zkchassis]"

@@ -143,13 +143,13 @@ struct Field {
     M T::*ptr;
 };
 
-template <class T, class M>
+template <class T, class B, class M>
 Tcl_Obj* getField(const AttrRecord& a, Object* o) {
-    auto* f = static_cast<Field<T, M>*>(a.access.get());
+    auto* f = static_cast<Field<B, M>*>(a.access.get());
     return Convert<M>::to(static_cast<T*>(o)->*(f->ptr));
 }
 
-template <class T, class M>
+template <class T, class B, class M>
 bool setField(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, ConvertError& e) {
     M value;
     if (!Convert<M>::from(interp, v, value, e)) return false;
@@ -159,7 +159,7 @@ bool setField(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, Co
             return false;
         }
     }
-    auto* f = static_cast<Field<T, M>*>(a.access.get());
+    auto* f = static_cast<Field<B, M>*>(a.access.get());
     static_cast<T*>(o)->*(f->ptr) = std::move(value);
     return true;
 }
@@ -205,18 +205,19 @@ public:
         };
     }
 
-    template <class M>
-    AttrRecord& option(const char* name, M T::*field) {
+    template <class B, class M>
+    AttrRecord& option(const char* name, M B::*field) {
         AttrRecord& a = readOnly(name, field);
-        a.set = &detail::setField<T, M>;
+        a.set = &detail::setField<T, B, M>;
         return a;
     }
 
-    template <class M>
-    AttrRecord& readOnly(const char* name, M T::*field) {
+    template <class B, class M>
+    AttrRecord& readOnly(const char* name, M B::*field) {
+        static_assert(std::is_base_of_v<B, T>);
         AttrRecord& a = attr(name, Convert<M>::kind);
-        a.access = std::make_shared<detail::Field<T, M>>(detail::Field<T, M>{field});
-        a.get = &detail::getField<T, M>;
+        a.access = std::make_shared<detail::Field<B, M>>(detail::Field<B, M>{field});
+        a.get = &detail::getField<T, B, M>;
         return a;
     }
 
@@ -230,10 +231,12 @@ public:
         return a;
     }
 
-    template <class R, class... A, class... N>
-    void method(const char* name, R (T::*fn)(A...), N... names) {
+    // A member function of the class or of one of its bases.
+    template <class B, class R, class... A, class... N>
+    void method(const char* name, R (B::*fn)(A...), N... names) {
+        static_assert(std::is_base_of_v<B, T>);
         static_assert(sizeof...(A) == sizeof...(N), "one name per method argument");
-        using Fn = R (T::*)(A...);
+        using Fn = R (B::*)(A...);
         MethodRecord& m = addMethod(name, {ArgName(names)...}, resultKind<R>());
         m.fn = std::make_shared<Fn>(fn);
         m.call = [](const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {

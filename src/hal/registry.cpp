@@ -1,0 +1,14 @@
+#include "hal/registry.h"
+
+namespace hal {
+namespace {
+std::vector<RecordInfo>& all() {
+    static auto* r = new std::vector<RecordInfo>;
+    return *r;
+}
+}  // namespace
+
+void registerRecord(const char* name, Json (*defaults)()) { all().push_back({name, defaults}); }
+const std::vector<RecordInfo>& records() { return all(); }
+
+}  // namespace hal

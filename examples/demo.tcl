@@ -1,0 +1,23 @@
+# The demo `make demo` runs: switch the port services of a port on, then run
+# every protocol example, and show what reached the ports.
+package require zkmainprotocol
+package require zkchassis
+
+set here [file dirname [file normalize [info script]]]
+
+puts "== Port services on 1/1/1"
+TCLProtocolServer services
+services configure -enableArpResponse 1 -enablePingResponse 1 -enableRipService 1 -enableOspfService 1
+puts "set:   [services set 1 1 1]"
+puts "write: [services write 1 1 1]"
+puts "what port 1/1/1 received:\n  [zkchassis::written 1 1 1 services]"
+services -delete
+
+foreach example {rip.tcl ospf.tcl} {
+    set path [file join $here $example]
+    if {[file exists $path]} {
+        puts "\n== examples/$example"
+        zkchassis::reset
+        source $path
+    }
+}

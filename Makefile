@@ -2,6 +2,7 @@
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= 2
+TCLSH      ?= tclsh8.6
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
 .PHONY: all bootstrap build build-asan test test-asan demo bench install docs clean
@@ -32,7 +33,7 @@ test-asan: build-asan
 	@cd $(ASAN_BUILD) && ctest --output-on-failure -j $(JOBS)
 
 demo: build
-	@TCLLIBPATH=$(CURDIR)/$(BUILD) tclsh examples/demo.tcl
+	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(TCLSH) examples/demo.tcl
 
 bench: build
 	@cmake --build $(BUILD) --target zkbench -j $(JOBS) >/dev/null

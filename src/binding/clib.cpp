@@ -116,8 +116,9 @@ int reallocProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv
     void* p;
     size_t size;
     if (!getBlock(interp, objv[1], p) || !getSize(interp, objv[2], 2, size)) return TCL_ERROR;
+    untrackBlock(p);
     void* q = std::realloc(p, size);
-    if (q || size == 0) untrackBlock(p);  // a failed realloc leaves the old block in place
+    if (!q && size != 0) trackBlock(p);  // a failed realloc leaves the old block in place
     Tcl_SetObjResult(interp, blockObj(q));
     return TCL_OK;
 }

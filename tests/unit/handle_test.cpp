@@ -56,7 +56,7 @@ TEST(Handle, ParseRejectsMalformedText) {
         "_efcdab8967452301p_TCLSampleThing",
         "-efcdab8967452301_p_TCLSampleThing",
         " _efcdab8967452301_p_TCLSampleThing",
-        std::string("_efcdab89\0" "7452301_p_TCLSampleThing", 36),
+        std::string("_efcdab89\0" "7452301_p_TCLSampleThing", 34),  // a NUL inside the digits
     };
     for (const auto& t : cases) {
         uintptr_t a;

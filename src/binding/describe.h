@@ -108,9 +108,11 @@ bool convertArg(Tcl_Interp* interp, Tcl_Obj* const objv[], int objc, int i, cons
     return false;
 }
 
+// With no arguments the fold is empty and the parameters go unused.
 template <class... A, size_t... I>
-bool convertAll(Tcl_Interp* interp, Tcl_Obj* const objv[], int objc, const std::vector<ArgName>& names,
-                std::tuple<Bare<A>...>& t, std::index_sequence<I...>) {
+bool convertAll([[maybe_unused]] Tcl_Interp* interp, [[maybe_unused]] Tcl_Obj* const objv[], [[maybe_unused]] int objc,
+                [[maybe_unused]] const std::vector<ArgName>& names, [[maybe_unused]] std::tuple<Bare<A>...>& t,
+                std::index_sequence<I...>) {
     return (convertArg<A>(interp, objv, objc, int(I), names, std::get<I>(t)) && ...);
 }
 

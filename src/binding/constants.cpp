@@ -20,13 +20,8 @@ const Constant kConstants[] = {
 #include "binding/constants_table.inc"
 };
 
-union Cell {
-    int i;
-    unsigned u;
-};
-
-std::map<std::string, Cell>& cells() {
-    static auto* c = new std::map<std::string, Cell>;  // linked variables point here for the process' life
+std::map<std::string, int>& cells() {
+    static auto* c = new std::map<std::string, int>;  // linked variables point here for the process' life
     return *c;
 }
 
@@ -40,16 +35,13 @@ void installConstants(Tcl_Interp* interp) {
         Tcl_Obj* value = c.kind == 6 ? Tcl_NewStringObj(std::to_string(unsigned(c.value)).c_str(), -1)
                                      : Tcl_NewIntObj(int(c.value));
         Tcl_SetVar2Ex(interp, c.name, nullptr, value, TCL_GLOBAL_ONLY);
-        auto [it, fresh] = cells().try_emplace(c.name);
-        if (fresh) {
-            if (c.kind == 6) it->second.u = unsigned(c.value);
-            else it->second.i = int(c.value);
-        }
+        // Every cell is a read-only linked int, the unsigned ones included:
+        // their array elements read as the signed value of the same bits.
+        auto [it, fresh] = cells().try_emplace(c.name, int(unsigned(c.value)));
         if (linked[c.name]) continue;
         linked[c.name] = true;
         std::string element = std::string("zkConstants(") + c.name + ")";
-        Tcl_LinkVar(interp, element.c_str(), reinterpret_cast<char*>(&it->second),
-                    (c.kind == 6 ? TCL_LINK_UINT : TCL_LINK_INT) | TCL_LINK_READ_ONLY);
+        Tcl_LinkVar(interp, element.c_str(), reinterpret_cast<char*>(&it->second), TCL_LINK_INT | TCL_LINK_READ_ONLY);
     }
 }
 

@@ -35,9 +35,12 @@ bool getInt(Tcl_Interp* interp, Tcl_Obj* o, const char* what, int& out) {
     return false;
 }
 
+// A switch is 0 or 1 (or a boolean word); other numbers are refused rather
+// than read as "true".
 bool getFlag(Tcl_Interp* interp, Tcl_Obj* o, const char* what, int& out) {
     int v;
-    if (Tcl_GetBooleanFromObj(nullptr, o, &v) == TCL_OK) {
+    bool number = Tcl_GetIntFromObj(nullptr, o, &v) == TCL_OK;
+    if (number ? v == 0 || v == 1 : Tcl_GetBooleanFromObj(nullptr, o, &v) == TCL_OK) {
         out = v;
         return true;
     }

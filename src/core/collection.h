@@ -165,7 +165,9 @@ public:
 private:
     int prepare(Child*& child, ItemList*& list, hal::RecordList<Rec>*& recs) {
         child = staging_.get();
-        if (!child) return hooks_.refused;
+        list = nullptr;
+        recs = nullptr;
+        if (!child) return hooks_.refused ? hooks_.refused : kNoPort;
         if (int r = hooks_.ready()) return r;
         list = hooks_.names();
         recs = hooks_.records();

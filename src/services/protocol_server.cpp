@@ -9,23 +9,26 @@ namespace {
 using chassis::Protocol;
 
 // Each protocol's service option, in the order the port services walk them.
+// The RSVP-TE and STP holders take a flag (any non-zero value is 1); the
+// others take the value as it stands.
 struct ServiceField {
     Protocol protocol;
     int TCLProtocolServer::*enable;
+    bool flag = false;
 };
 const ServiceField kServices[] = {
     {Protocol::Igmp, &TCLProtocolServer::enableIgmpQueryResponse},
     {Protocol::Ospf, &TCLProtocolServer::enableOspfService},
     {Protocol::Bgp4, &TCLProtocolServer::enableBgp4Service},
     {Protocol::Isis, &TCLProtocolServer::enableIsisService},
-    {Protocol::Rsvp, &TCLProtocolServer::enableRsvpService},
+    {Protocol::Rsvp, &TCLProtocolServer::enableRsvpService, true},
     {Protocol::Rip, &TCLProtocolServer::enableRipService},
     {Protocol::Ldp, &TCLProtocolServer::enableLdpService},
     {Protocol::Ripng, &TCLProtocolServer::enableRipngService},
     {Protocol::Mld, &TCLProtocolServer::enableMldService},
     {Protocol::OspfV3, &TCLProtocolServer::enableOspfV3Service},
     {Protocol::Pimsm, &TCLProtocolServer::enablePimsmService},
-    {Protocol::Stp, &TCLProtocolServer::enableStpService},
+    {Protocol::Stp, &TCLProtocolServer::enableStpService, true},
 };
 const ServiceField kCreateInterface[] = {
     {Protocol::Bgp4, &TCLProtocolServer::enableBgp4CreateInterface},
@@ -74,7 +77,10 @@ int TCLProtocolServer::set(int c, int d, int p) {
     if (port->hasCapability(chassis::kCapabilityPing)) port->pingResponse = enablePingResponse;
     if (port->hasCapability(chassis::kCapabilityRouting)) {
         for (const auto& s : kServices)
-            if (port->isLicensed(s.protocol)) port->holder(s.protocol).serviceEnabled = this->*s.enable;
+            if (port->isLicensed(s.protocol)) {
+                int v = this->*s.enable;
+                port->holder(s.protocol).serviceEnabled = s.flag ? v != 0 : v;
+            }
         for (const auto& s : kCreateInterface) port->holder(s.protocol).createInterface = this->*s.enable;
     }
     return kOk;

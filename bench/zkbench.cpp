@@ -1,0 +1,164 @@
+// zkbench: what the module costs a script, as ratios against floors
+// measured in the same run on the same machine, so the figures mean the
+// same on a fast or a busy host.
+//
+//   package load   tclsh with `package require zkmainprotocol` against a
+//                  bare tclsh start (subprocesses, median)
+//   per call       commands of the module against a bare no-op C command,
+//                  each timed in a bytecode-compiled loop with the cost of
+//                  the empty loop taken off (median of several runs)
+//
+//   zkbench [--quick]
+#include <spawn.h>
+#include <sys/wait.h>
+#include <tcl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+extern char** environ;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    size_t n = v.size();
+    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+}
+
+const char* verdict(double value, double target) { return value <= target ? "PASS" : "OVER"; }
+
+// Wall time of one tclsh run of `script`, in milliseconds; < 0 on failure.
+double runTclsh(const std::string& script) {
+    const char* argv[] = {ZK_TCLSH, script.c_str(), nullptr};
+    auto start = Clock::now();
+    pid_t pid;
+    if (posix_spawn(&pid, ZK_TCLSH, nullptr, nullptr, const_cast<char**>(argv), environ) != 0) return -1;
+    int status;
+    if (waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+bool benchLoad(int runs) {
+    std::string dir = "/tmp/zkbench." + std::to_string(getpid());
+    std::string bare = dir + "-bare.tcl", load = dir + "-load.tcl";
+    std::ofstream(bare) << "";
+    std::ofstream(load) << "package require zkmainprotocol\n";
+    std::vector<double> bareMs, loadMs;
+    runTclsh(bare);  // warm the file cache for both
+    runTclsh(load);
+    bool ok = true;
+    for (int i = 0; i < runs && ok; ++i) {  // interleaved, so drift of the host hits both
+        double b = runTclsh(bare), l = runTclsh(load);
+        ok = b >= 0 && l >= 0;
+        bareMs.push_back(b);
+        loadMs.push_back(l);
+    }
+    std::remove(bare.c_str());
+    std::remove(load.c_str());
+    if (!ok) {
+        std::printf("package load: %s failed to run (is TCLLIBPATH the build directory?)\n", ZK_TCLSH);
+        return false;
+    }
+    double b = median(bareMs), l = median(loadMs);
+    std::printf("package load (median of %d tclsh starts)\n", runs);
+    std::printf("  bare tclsh            %8.2f ms\n", b);
+    std::printf("  with zkmainprotocol   %8.2f ms   ratio %.2fx\n", l, l / b);
+    std::printf("  added                 %8.2f ms   target <= 10 ms   %s\n\n", l - b, verdict(l - b, 10));
+    return true;
+}
+
+// The floor: a command that does nothing at all.
+int noopProc(ClientData, Tcl_Interp*, int, Tcl_Obj* const[]) { return TCL_OK; }
+
+struct CallCase {
+    const char* name;
+    const char* body;  // one command; $h is the handle of `ps`
+    double target;     // ratio to the floor; 0 for none
+};
+
+const CallCase kCases[] = {
+    {"zknoop $h (floor)", "zknoop $h", 0},
+    {"flat TCLProtocolServer_rate_get $h", "TCLProtocolServer_rate_get $h", 1.5},
+    {"flat TCLProtocolServer_rate_set $h 5", "TCLProtocolServer_rate_set $h 5", 0},
+    {"instance ps cget -rate", "ps cget -rate", 2},
+    {"instance ps configure -rate 5", "ps configure -rate 5", 2},
+    {"method ps setDefault", "ps setDefault", 0},
+};
+
+bool eval(Tcl_Interp* interp, const std::string& script) {
+    if (Tcl_Eval(interp, script.c_str()) == TCL_OK) return true;
+    std::printf("error: %s\n  in: %s\n", Tcl_GetStringResult(interp), script.c_str());
+    return false;
+}
+
+// Nanoseconds per iteration of the loop proc `proc`.
+double timeLoop(Tcl_Interp* interp, const std::string& proc, int iterations) {
+    std::string call = proc + " " + std::to_string(iterations);
+    auto start = Clock::now();
+    if (!eval(interp, call)) return -1;
+    return std::chrono::duration<double, std::nano>(Clock::now() - start).count() / iterations;
+}
+
+bool benchCalls(int runs, int iterations) {
+    Tcl_Interp* interp = Tcl_CreateInterp();
+    if (Tcl_Init(interp) != TCL_OK) {
+        std::printf("error: %s\n", Tcl_GetStringResult(interp));
+        return false;
+    }
+    Tcl_CreateObjCommand(interp, "zknoop", noopProc, nullptr, nullptr);
+    if (!eval(interp, "package require zkmainprotocol; TCLProtocolServer ps; set ::h [ps cget -this]")) return false;
+
+    // One proc per case, so every loop runs as compiled bytecode.
+    size_t n = sizeof kCases / sizeof kCases[0];
+    std::string defs = "proc loop_empty {n} { set h $::h; for {set i 0} {$i < $n} {incr i} {} }\n";
+    for (size_t c = 0; c < n; ++c)
+        defs += "proc loop_" + std::to_string(c) + " {n} { set h $::h; for {set i 0} {$i < $n} {incr i} { " +
+                kCases[c].body + " } }\n";
+    if (!eval(interp, defs)) return false;
+
+    std::vector<std::vector<double>> samples(n);
+    for (int r = 0; r < runs; ++r) {
+        for (size_t c = 0; c < n; ++c) {
+            double empty = timeLoop(interp, "loop_empty", iterations);
+            double full = timeLoop(interp, "loop_" + std::to_string(c), iterations);
+            if (empty < 0 || full < 0) return false;
+            samples[c].push_back(full - empty);
+        }
+    }
+    std::vector<double> cost(n);
+    for (size_t c = 0; c < n; ++c) cost[c] = median(samples[c]);
+    double floor = cost[0];
+    std::printf("per-call cost in one interpreter (median of %d runs of %d calls, empty loop taken off)\n", runs,
+                iterations);
+    for (size_t c = 0; c < n; ++c) {
+        double ratio = cost[c] / floor;
+        std::printf("  %-38s %8.1f ns   %6.2fx", kCases[c].name, cost[c], ratio);
+        if (kCases[c].target > 0)
+            std::printf("   target <= %.1fx   %s", kCases[c].target, verdict(ratio, kCases[c].target));
+        std::printf("\n");
+    }
+    Tcl_DeleteInterp(interp);
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
+    // Run straight from the build tree as well as through `make bench`.
+    setenv("TCLLIBPATH", ZK_BUILD_DIR, 0);
+    Tcl_FindExecutable(argv[0]);
+    bool ok = benchLoad(quick ? 3 : 21);
+    ok = benchCalls(quick ? 3 : 9, quick ? 20000 : 400000) && ok;
+    return ok ? 0 : 1;
+}

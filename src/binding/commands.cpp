@@ -98,7 +98,7 @@ int getProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) 
     if (objc != 2) return wrongArgs(interp, a.getUsage);
     Object* self;
     if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
-    Tcl_SetObjResult(interp, a.get(a, self));
+    a.result(a, interp, self);
     return TCL_OK;
 }
 
@@ -237,7 +237,7 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
         }
         const AttrRecord* a = optionOf(objv[2], cls);
         if (!a) return unknownOption(interp, cls, "cget", false);
-        Tcl_SetObjResult(interp, a->get(*a, self));
+        a->result(*a, interp, self);
         return TCL_OK;
     }
     if (word == "configure" || word == "config") {

@@ -3,10 +3,13 @@
 // same on a fast or a busy host.
 //
 //   package load   tclsh with `package require zkmainprotocol` against a
-//                  bare tclsh start (subprocesses, median)
+//                  bare tclsh start (subprocesses)
 //   per call       commands of the module against a bare no-op C command,
 //                  each timed in a bytecode-compiled loop with the cost of
-//                  the empty loop taken off (median of several runs)
+//                  the empty loop taken off
+//
+// Each sample is the best of three tries (preemption only adds time), and
+// the figures are medians of the samples.
 //
 //   zkbench [--quick]
 //   zkbench --loop <case number | empty> <calls>   one loop only, to count
@@ -39,15 +42,22 @@ double median(std::vector<double> v) {
 
 const char* verdict(double value, double target) { return value <= target ? "PASS" : "OVER"; }
 
-// Wall time of one tclsh run of `script`, in milliseconds; < 0 on failure.
-double runTclsh(const std::string& script) {
+// Wall time of one tclsh run of `script`, in milliseconds: the fastest of
+// `tries` runs, since other work on the host only ever adds time; < 0 when
+// tclsh fails.
+double runTclsh(const std::string& script, int tries) {
     const char* argv[] = {ZK_TCLSH, script.c_str(), nullptr};
-    auto start = Clock::now();
-    pid_t pid;
-    if (posix_spawn(&pid, ZK_TCLSH, nullptr, nullptr, const_cast<char**>(argv), environ) != 0) return -1;
-    int status;
-    if (waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    double best = -1;
+    for (int k = 0; k < tries; ++k) {
+        auto start = Clock::now();
+        pid_t pid;
+        if (posix_spawn(&pid, ZK_TCLSH, nullptr, nullptr, const_cast<char**>(argv), environ) != 0) return -1;
+        int status;
+        if (waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
+        double ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        if (best < 0 || ms < best) best = ms;
+    }
+    return best;
 }
 
 bool benchLoad(int runs) {
@@ -55,15 +65,14 @@ bool benchLoad(int runs) {
     std::string bare = dir + "-bare.tcl", load = dir + "-load.tcl";
     std::ofstream(bare) << "";
     std::ofstream(load) << "package require zkmainprotocol\n";
-    std::vector<double> bareMs, loadMs;
-    runTclsh(bare);  // warm the file cache for both
-    runTclsh(load);
-    bool ok = true;
+    std::vector<double> bareMs, loadMs, addedMs;
+    bool ok = runTclsh(bare, 1) >= 0 && runTclsh(load, 1) >= 0;  // warms the file cache for both
     for (int i = 0; i < runs && ok; ++i) {  // interleaved, so drift of the host hits both
-        double b = runTclsh(bare), l = runTclsh(load);
+        double b = runTclsh(bare, 3), l = runTclsh(load, 3);
         ok = b >= 0 && l >= 0;
         bareMs.push_back(b);
         loadMs.push_back(l);
+        addedMs.push_back(l - b);
     }
     std::remove(bare.c_str());
     std::remove(load.c_str());
@@ -71,11 +80,11 @@ bool benchLoad(int runs) {
         std::printf("package load: %s failed to run (is TCLLIBPATH the build directory?)\n", ZK_TCLSH);
         return false;
     }
-    double b = median(bareMs), l = median(loadMs);
-    std::printf("package load (median of %d tclsh starts)\n", runs);
+    double b = median(bareMs), l = median(loadMs), added = median(addedMs);
+    std::printf("package load (median of %d samples, each the best of 3 tclsh starts)\n", runs);
     std::printf("  bare tclsh            %8.2f ms\n", b);
     std::printf("  with zkmainprotocol   %8.2f ms   ratio %.2fx\n", l, l / b);
-    std::printf("  added                 %8.2f ms   target <= 10 ms   %s\n\n", l - b, verdict(l - b, 10));
+    std::printf("  added                 %8.2f ms   target <= 10 ms   %s\n\n", added, verdict(added, 10));
     return true;
 }
 
@@ -185,7 +194,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    bool ok = benchLoad(quick ? 3 : 21);
+    bool ok = benchLoad(quick ? 1 : 15);
     ok = benchCalls(quick ? 3 : 15, quick ? 10000 : 100000) && ok;
     return ok ? 0 : 1;
 }

@@ -17,6 +17,7 @@
 #include "binding/describe.h"
 #include "binding/module.h"
 #include "binding/types.h"
+#include "hal/flatten.h"
 #include "hal/registry.h"
 
 namespace {
@@ -173,15 +174,6 @@ std::string constants() {
     return out.str();
 }
 
-// One row per leaf of a record's JSON: nested records as dotted keys.
-void flatten(const hal::Json& j, const std::string& key, std::vector<std::pair<std::string, std::string>>& rows) {
-    if (j.is_object() && !j.empty()) {
-        for (const auto& [k, v] : j.items()) flatten(v, key.empty() ? k : key + "." + k, rows);
-    } else {
-        rows.emplace_back(key.empty() ? "(value)" : key, j.dump());
-    }
-}
-
 std::string defaults() {
     std::ostringstream out;
     out << "# Defaults of the configuration records\n\n" << kGenerated;
@@ -195,9 +187,9 @@ std::string defaults() {
     }
     out << "| Record | Field | Default |\n|---|---|---|\n";
     for (const auto& r : records) {
-        std::vector<std::pair<std::string, std::string>> rows;
-        flatten(r.defaults(), "", rows);
-        for (const auto& [field, value] : rows) out << "| " << code(r.name) << " | " << code(field) << " | " << code(value) << " |\n";
+        for (const auto& [field, value] : hal::flattenFields(r.defaults()))
+            out << "| " << code(r.name) << " | " << code(field.empty() ? "(value)" : field) << " | " << code(value)
+                << " |\n";
     }
     return out.str();
 }

@@ -98,7 +98,7 @@ int getProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) 
     if (objc != 2) return wrongArgs(interp, a.getUsage);
     Object* self;
     if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
-    Tcl_SetObjResult(interp, a.get(a, self));
+    a.result(a, interp, self);
     return TCL_OK;
 }
 
@@ -149,6 +149,44 @@ int unknownOption(Tcl_Interp* interp, const ClassRecord& cls, const char* what, 
     return TCL_ERROR;
 }
 
+// Option and method words are literals in a script's bytecode. The record a
+// word named for a class is kept in the word itself, so a loop pays the name
+// lookup once; the class is kept alongside, so a word used with another
+// class looks up again. Options and methods have their own word types.
+const Tcl_ObjType optionWordType = {"zkOptionWord", nullptr, [](Tcl_Obj* src, Tcl_Obj* dup) {
+                                        dup->internalRep = src->internalRep;
+                                        dup->typePtr = src->typePtr;
+                                    }, nullptr, nullptr};
+const Tcl_ObjType methodWordType = {"zkMethodWord", nullptr, [](Tcl_Obj* src, Tcl_Obj* dup) {
+                                        dup->internalRep = src->internalRep;
+                                        dup->typePtr = src->typePtr;
+                                    }, nullptr, nullptr};
+
+template <class Rec>
+const Rec* cachedWord(Tcl_Obj* word, const Tcl_ObjType& type, const ClassRecord& cls, const Rec* found) {
+    if (!found) return nullptr;
+    if (word->typePtr && word->typePtr->freeIntRepProc) word->typePtr->freeIntRepProc(word);
+    word->internalRep.twoPtrValue.ptr1 = const_cast<ClassRecord*>(&cls);
+    word->internalRep.twoPtrValue.ptr2 = const_cast<Rec*>(found);
+    word->typePtr = &type;
+    return found;
+}
+
+// The option named by a "-name" word, or null.
+const AttrRecord* optionOf(Tcl_Obj* word, const ClassRecord& cls) {
+    if (word->typePtr == &optionWordType && word->internalRep.twoPtrValue.ptr1 == &cls)
+        return static_cast<const AttrRecord*>(word->internalRep.twoPtrValue.ptr2);
+    std::string_view opt = Tcl_GetString(word);
+    if (opt.size() < 2 || opt[0] != '-') return nullptr;
+    return cachedWord(word, optionWordType, cls, cls.findAttr(opt.substr(1)));
+}
+
+const MethodRecord* methodOf(Tcl_Obj* word, const ClassRecord& cls) {
+    if (word->typePtr == &methodWordType && word->internalRep.twoPtrValue.ptr1 == &cls)
+        return static_cast<const MethodRecord*>(word->internalRep.twoPtrValue.ptr2);
+    return cachedWord(word, methodWordType, cls, cls.findMethod(Tcl_GetString(word)));
+}
+
 void instanceDeleted(ClientData cd) {
     auto* inst = static_cast<InstanceRecord*>(cd);
     if (inst->object) {
@@ -197,9 +235,9 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
             Tcl_SetObjResult(interp, Tcl_NewIntObj(inst->owned ? 1 : 0));
             return TCL_OK;
         }
-        const AttrRecord* a = opt.size() > 1 && opt[0] == '-' ? cls.findAttr(opt.substr(1)) : nullptr;
+        const AttrRecord* a = optionOf(objv[2], cls);
         if (!a) return unknownOption(interp, cls, "cget", false);
-        Tcl_SetObjResult(interp, a->get(*a, self));
+        a->result(*a, interp, self);
         return TCL_OK;
     }
     if (word == "configure" || word == "config") {
@@ -214,8 +252,7 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
             return TCL_OK;
         }
         for (int i = 2; i < objc; i += 2) {
-            std::string_view opt = Tcl_GetString(objv[i]);
-            const AttrRecord* a = opt.size() > 1 && opt[0] == '-' ? cls.findAttr(opt.substr(1)) : nullptr;
+            const AttrRecord* a = optionOf(objv[i], cls);
             if (!a) return unknownOption(interp, cls, "configure", true);
             if (!a->set) {
                 setResultText(interp, "Option -" + a->name + " of " + cls.name + " is read-only.");
@@ -230,7 +267,7 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
         Tcl_ResetResult(interp);
         return TCL_OK;
     }
-    const MethodRecord* m = cls.findMethod(word);
+    const MethodRecord* m = methodOf(objv[1], cls);
     if (!m) return unknownMethod(interp, cls);
     return callMethod(*m, interp, self, objc - 2, objv + 2);
 }

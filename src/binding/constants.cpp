@@ -29,6 +29,11 @@ std::map<std::string, int>& cells() {
 
 size_t constantCount() { return sizeof kConstants / sizeof kConstants[0]; }
 
+void forEachConstant(const std::function<void(const char*, long long, bool)>& visit) {
+    for (const Constant& c : kConstants)
+        visit(c.name, c.kind == 6 ? (long long)unsigned(c.value) : (long long)int(c.value), c.kind == 6);
+}
+
 void installConstants(Tcl_Interp* interp) {
     std::map<std::string, bool> linked;
     for (const Constant& c : kConstants) {

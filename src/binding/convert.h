@@ -32,18 +32,21 @@ template <>
 struct Convert<int> {
     static bool from(Tcl_Interp*, Tcl_Obj* o, int& v, ConvertError& e) { return toInt(o, v, e); }
     static Tcl_Obj* to(int v) { return Tcl_NewIntObj(v); }
+    static void assign(Tcl_Obj* o, int v) { Tcl_SetIntObj(o, v); }
     static constexpr const char* kind = "int";
 };
 template <>
 struct Convert<unsigned> {
     static bool from(Tcl_Interp*, Tcl_Obj* o, unsigned& v, ConvertError& e) { return toUnsigned(o, v, e); }
     static Tcl_Obj* to(unsigned v) { return Tcl_NewWideIntObj(Tcl_WideInt(v)); }
+    static void assign(Tcl_Obj* o, unsigned v) { Tcl_SetWideIntObj(o, Tcl_WideInt(v)); }
     static constexpr const char* kind = "unsigned";
 };
 template <>
 struct Convert<long> {
     static bool from(Tcl_Interp*, Tcl_Obj* o, long& v, ConvertError& e) { return toLong(o, v, e); }
     static Tcl_Obj* to(long v) { return Tcl_NewWideIntObj(Tcl_WideInt(v)); }
+    static void assign(Tcl_Obj* o, long v) { Tcl_SetWideIntObj(o, Tcl_WideInt(v)); }
     static constexpr const char* kind = "long";
 };
 template <>
@@ -55,12 +58,14 @@ struct Convert<bool> {
         return true;
     }
     static Tcl_Obj* to(bool v) { return Tcl_NewIntObj(v ? 1 : 0); }
+    static void assign(Tcl_Obj* o, bool v) { Tcl_SetIntObj(o, v ? 1 : 0); }
     static constexpr const char* kind = "bool";
 };
 template <>
 struct Convert<double> {
     static bool from(Tcl_Interp*, Tcl_Obj* o, double& v, ConvertError& e) { return toDouble(o, v, e); }
     static Tcl_Obj* to(double v) { return Tcl_NewDoubleObj(v); }
+    static void assign(Tcl_Obj* o, double v) { Tcl_SetDoubleObj(o, v); }
     static constexpr const char* kind = "double";
 };
 template <>
@@ -72,6 +77,7 @@ struct Convert<std::string> {
         return true;
     }
     static Tcl_Obj* to(const std::string& v) { return Tcl_NewStringObj(v.data(), int(v.size())); }
+    static void assign(Tcl_Obj* o, const std::string& v) { Tcl_SetStringObj(o, v.data(), int(v.size())); }
     static constexpr const char* kind = "text";
 };
 
@@ -99,5 +105,19 @@ struct Convert<T*> {
 
 template <class T>
 using Bare = std::remove_cvref_t<T>;
+
+// Makes a value the interpreter result. When nothing else holds the result
+// object it is overwritten in place, so a loop of getters allocates nothing.
+template <class T>
+void setValueResult(Tcl_Interp* interp, const T& v) {
+    if constexpr (requires(Tcl_Obj* o) { Convert<T>::assign(o, v); }) {
+        Tcl_Obj* result = Tcl_GetObjResult(interp);
+        if (!Tcl_IsShared(result)) {
+            Convert<T>::assign(result, v);
+            return;
+        }
+    }
+    Tcl_SetObjResult(interp, Convert<T>::to(v));
+}
 
 }  // namespace zk::binding

@@ -46,6 +46,7 @@ struct AttrRecord {
     std::string getUsage, setUsage;
     std::shared_ptr<void> access;  // the member pointer or accessor functions
     Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
+    void (*result)(const AttrRecord&, Tcl_Interp*, Object*) = nullptr;  // the value as the interpreter result
     bool (*set)(const AttrRecord&, Tcl_Interp*, Object*, Tcl_Obj*, ConvertError&) = nullptr;  // null: read-only
 };
 
@@ -121,7 +122,7 @@ void setResult(Tcl_Interp* interp, R&& r) {
     if constexpr (std::is_same_v<V, int>) {
         reportResult(interp, r);
     } else {
-        Tcl_SetObjResult(interp, Convert<V>::to(r));
+        setValueResult<V>(interp, r);
     }
 }
 
@@ -145,9 +146,18 @@ struct Field {
 };
 
 template <class T, class B, class M>
+const M& fieldOf(const AttrRecord& a, Object* o) {
+    return static_cast<T*>(o)->*(static_cast<Field<B, M>*>(a.access.get())->ptr);
+}
+
+template <class T, class B, class M>
 Tcl_Obj* getField(const AttrRecord& a, Object* o) {
-    auto* f = static_cast<Field<B, M>*>(a.access.get());
-    return Convert<M>::to(static_cast<T*>(o)->*(f->ptr));
+    return Convert<M>::to(fieldOf<T, B, M>(a, o));
+}
+
+template <class T, class B, class M>
+void fieldResult(const AttrRecord& a, Tcl_Interp* interp, Object* o) {
+    setValueResult(interp, fieldOf<T, B, M>(a, o));
 }
 
 template <class T, class B, class M>
@@ -172,9 +182,18 @@ struct Accessors {
 };
 
 template <class T, class M>
+M accessorOf(const AttrRecord& a, Object* o) {
+    return static_cast<Accessors<T, M>*>(a.access.get())->get(*static_cast<T*>(o));
+}
+
+template <class T, class M>
 Tcl_Obj* getAccessor(const AttrRecord& a, Object* o) {
-    auto* f = static_cast<Accessors<T, M>*>(a.access.get());
-    return Convert<M>::to(f->get(*static_cast<T*>(o)));
+    return Convert<M>::to(accessorOf<T, M>(a, o));
+}
+
+template <class T, class M>
+void accessorResult(const AttrRecord& a, Tcl_Interp* interp, Object* o) {
+    setValueResult(interp, accessorOf<T, M>(a, o));
 }
 
 template <class T, class M>
@@ -219,6 +238,7 @@ public:
         AttrRecord& a = attr(name, Convert<M>::kind);
         a.access = std::make_shared<detail::Field<B, M>>(detail::Field<B, M>{field});
         a.get = &detail::getField<T, B, M>;
+        a.result = &detail::fieldResult<T, B, M>;
         return a;
     }
 
@@ -228,6 +248,7 @@ public:
         AttrRecord& a = attr(name, Convert<M>::kind);
         a.access = std::make_shared<detail::Accessors<T, M>>(detail::Accessors<T, M>{get, set});
         a.get = &detail::getAccessor<T, M>;
+        a.result = &detail::accessorResult<T, M>;
         if (set) a.set = &detail::setAccessor<T, M>;
         return a;
     }

@@ -1,0 +1,200 @@
+// zkbench: what the module costs a script, as ratios against floors
+// measured in the same run on the same machine, so the figures mean the
+// same on a fast or a busy host.
+//
+//   package load   tclsh with `package require zkmainprotocol` against a
+//                  bare tclsh start (subprocesses)
+//   per call       commands of the module against a bare no-op C command,
+//                  each timed in a bytecode-compiled loop with the cost of
+//                  the empty loop taken off
+//
+// Each sample is the best of three tries (preemption only adds time), and
+// the figures are medians of the samples.
+//
+//   zkbench [--quick]
+//   zkbench --loop <case number | empty> <calls>   one loop only, to count
+//                  instructions under a simulator (bench/instructions.sh)
+#include <spawn.h>
+#include <sys/wait.h>
+#include <tcl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+extern char** environ;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    size_t n = v.size();
+    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+}
+
+const char* verdict(double value, double target) { return value <= target ? "PASS" : "OVER"; }
+
+// Wall time of one tclsh run of `script`, in milliseconds: the fastest of
+// `tries` runs, since other work on the host only ever adds time; < 0 when
+// tclsh fails.
+double runTclsh(const std::string& script, int tries) {
+    const char* argv[] = {ZK_TCLSH, script.c_str(), nullptr};
+    double best = -1;
+    for (int k = 0; k < tries; ++k) {
+        auto start = Clock::now();
+        pid_t pid;
+        if (posix_spawn(&pid, ZK_TCLSH, nullptr, nullptr, const_cast<char**>(argv), environ) != 0) return -1;
+        int status;
+        if (waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1;
+        double ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+        if (best < 0 || ms < best) best = ms;
+    }
+    return best;
+}
+
+bool benchLoad(int runs) {
+    std::string dir = "/tmp/zkbench." + std::to_string(getpid());
+    std::string bare = dir + "-bare.tcl", load = dir + "-load.tcl";
+    std::ofstream(bare) << "";
+    std::ofstream(load) << "package require zkmainprotocol\n";
+    std::vector<double> bareMs, loadMs, addedMs;
+    bool ok = runTclsh(bare, 1) >= 0 && runTclsh(load, 1) >= 0;  // warms the file cache for both
+    for (int i = 0; i < runs && ok; ++i) {  // interleaved, so drift of the host hits both
+        double b = runTclsh(bare, 3), l = runTclsh(load, 3);
+        ok = b >= 0 && l >= 0;
+        bareMs.push_back(b);
+        loadMs.push_back(l);
+        addedMs.push_back(l - b);
+    }
+    std::remove(bare.c_str());
+    std::remove(load.c_str());
+    if (!ok) {
+        std::printf("package load: %s failed to run (is TCLLIBPATH the build directory?)\n", ZK_TCLSH);
+        return false;
+    }
+    double b = median(bareMs), l = median(loadMs), added = median(addedMs);
+    std::printf("package load (median of %d samples, each the best of 3 tclsh starts)\n", runs);
+    std::printf("  bare tclsh            %8.2f ms\n", b);
+    std::printf("  with zkmainprotocol   %8.2f ms   ratio %.2fx\n", l, l / b);
+    std::printf("  added                 %8.2f ms   target <= 10 ms   %s\n\n", added, verdict(added, 10));
+    return true;
+}
+
+// The floor: a command that does nothing at all.
+int noopProc(ClientData, Tcl_Interp*, int, Tcl_Obj* const[]) { return TCL_OK; }
+
+struct CallCase {
+    const char* name;
+    const char* body;  // one command; $h is the handle of `ps`
+    double target;     // ratio to the floor; 0 for none
+};
+
+const CallCase kCases[] = {
+    {"zknoop $h (floor)", "zknoop $h", 0},
+    {"flat TCLProtocolServer_rate_get $h", "TCLProtocolServer_rate_get $h", 1.5},
+    {"flat TCLProtocolServer_rate_set $h 5", "TCLProtocolServer_rate_set $h 5", 0},
+    {"instance ps cget -rate", "ps cget -rate", 2},
+    {"instance ps configure -rate 5", "ps configure -rate 5", 2},
+    {"method ps setDefault", "ps setDefault", 0},
+};
+
+bool eval(Tcl_Interp* interp, const std::string& script) {
+    if (Tcl_Eval(interp, script.c_str()) == TCL_OK) return true;
+    std::printf("error: %s\n  in: %s\n", Tcl_GetStringResult(interp), script.c_str());
+    return false;
+}
+
+// Nanoseconds per iteration of the loop proc `proc`: the fastest of three
+// runs, since being preempted by other work on the host only adds time.
+double timeLoop(Tcl_Interp* interp, const std::string& proc, int iterations) {
+    std::string call = proc + " " + std::to_string(iterations);
+    double best = -1;
+    for (int k = 0; k < 3; ++k) {
+        auto start = Clock::now();
+        if (!eval(interp, call)) return -1;
+        double ns = std::chrono::duration<double, std::nano>(Clock::now() - start).count() / iterations;
+        if (best < 0 || ns < best) best = ns;
+    }
+    return best;
+}
+
+// An interpreter with the package, `ps`, `$::h`, the no-op command and one
+// loop proc per case (loop_0 ... and loop_empty), so every loop runs as
+// compiled bytecode.
+Tcl_Interp* callInterp() {
+    Tcl_Interp* interp = Tcl_CreateInterp();
+    if (Tcl_Init(interp) != TCL_OK) {
+        std::printf("error: %s\n", Tcl_GetStringResult(interp));
+        return nullptr;
+    }
+    Tcl_CreateObjCommand(interp, "zknoop", noopProc, nullptr, nullptr);
+    std::string defs = "package require zkmainprotocol; TCLProtocolServer ps; set ::h [ps cget -this]\n"
+                       "proc loop_empty {n} { set h $::h; for {set i 0} {$i < $n} {incr i} {} }\n";
+    for (size_t c = 0; c < sizeof kCases / sizeof kCases[0]; ++c)
+        defs += "proc loop_" + std::to_string(c) + " {n} { set h $::h; for {set i 0} {$i < $n} {incr i} { " +
+                kCases[c].body + " } }\n";
+    if (eval(interp, defs)) return interp;
+    Tcl_DeleteInterp(interp);
+    return nullptr;
+}
+
+bool benchCalls(int runs, int iterations) {
+    Tcl_Interp* interp = callInterp();
+    if (!interp) return false;
+    size_t n = sizeof kCases / sizeof kCases[0];
+
+    // Each case is timed right after its own floor and empty loop, and its
+    // ratio taken within that sample, so a change of load on the host
+    // between samples moves floor and case together.
+    std::vector<std::vector<double>> costs(n), ratios(n);
+    for (int r = 0; r < runs; ++r) {
+        for (size_t c = 0; c < n; ++c) {
+            double empty = timeLoop(interp, "loop_empty", iterations);
+            double floor = timeLoop(interp, "loop_0", iterations);
+            double full = c == 0 ? floor : timeLoop(interp, "loop_" + std::to_string(c), iterations);
+            if (empty < 0 || floor < 0 || full < 0) return false;
+            costs[c].push_back(full - empty);
+            ratios[c].push_back((full - empty) / (floor - empty));
+        }
+    }
+    std::printf("per-call cost in one interpreter (median of %d samples, each the best of 3 loops of %d calls,\n"
+                "empty loop taken off)\n", runs, iterations);
+    for (size_t c = 0; c < n; ++c) {
+        double ratio = median(ratios[c]);
+        std::printf("  %-38s %8.1f ns   %6.2fx", kCases[c].name, median(costs[c]), ratio);
+        if (kCases[c].target > 0)
+            std::printf("   target <= %.1fx   %s", kCases[c].target, verdict(ratio, kCases[c].target));
+        std::printf("\n");
+    }
+    Tcl_DeleteInterp(interp);
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Run straight from the build tree as well as through `make bench`.
+    setenv("TCLLIBPATH", ZK_BUILD_DIR, 0);
+    Tcl_FindExecutable(argv[0]);
+    if (argc == 4 && std::strcmp(argv[1], "--loop") == 0) {
+        // One loop and nothing else, for counting instructions under a
+        // simulator: zkbench --loop <case number | empty> <calls>.
+        Tcl_Interp* interp = callInterp();
+        if (!interp || !eval(interp, std::string("loop_") + argv[2] + " " + argv[3])) return 1;
+        size_t c = size_t(std::atoi(argv[2]));
+        std::printf("%s\n", std::strcmp(argv[2], "empty") == 0 ? "empty loop" : kCases[c].name);
+        return 0;
+    }
+    bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
+    bool ok = benchLoad(quick ? 1 : 15);
+    ok = benchCalls(quick ? 3 : 15, quick ? 10000 : 100000) && ok;
+    return ok ? 0 : 1;
+}

@@ -85,6 +85,7 @@ public:
     // The port's protocol interface the router runs on; none until set.
     std::optional<int> GetInterfaceId() const { return interfaceId_; }
     void SetInterfaceId(int v) { interfaceId_ = v; }
+    void ClearInterfaceId() { interfaceId_.reset(); }
 
     const RecordList<ERIPRouteRange>& GetRouteRanges() const { return routeRanges_; }
     RecordList<ERIPRouteRange>& RouteRanges() { return routeRanges_; }
@@ -147,6 +148,7 @@ public:
     void SetInterfaceMetric(uint32_t v) { interfaceMetric_ = v; }
     std::optional<int> GetInterfaceId() const { return interfaceId_; }
     void SetInterfaceId(int v) { interfaceId_ = v; }
+    void ClearInterfaceId() { interfaceId_.reset(); }
 
 private:
     bool enabled_ = true;

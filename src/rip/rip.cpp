@@ -86,6 +86,7 @@ TCLRipInterfaceRouter::TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange)
 void TCLRipInterfaceRouter::setDefault() {
     loadOptions(hal::ERIPRouter{});
     protocolInterfaceDescription.clear();
+    work.ClearInterfaceId();  // the route ranges stay; the interface is chosen anew
     routeRanges.resetCursor();
 }
 

@@ -7,7 +7,7 @@
 #include "core/describe_collection.h"
 #include "core/parse.h"
 #include "core/port.h"
-#include "rip/interfaces.h"
+#include "rip/common.h"
 
 namespace zk {
 namespace {
@@ -19,8 +19,6 @@ uint32_t maskOfPrefix(int prefix) {
     if (prefix >= 32) return 0xffffffffu;
     return ~(0xffffffffu >> prefix);
 }
-
-int usablePortOr100() { return usablePort() ? kOk : kNoPort; }
 
 }  // namespace
 
@@ -77,7 +75,7 @@ static binding::Describe<TCLRipRouteRange> describeRouteRange(100, "TCLRipRouteR
 // --- router --------------------------------------------------------------
 
 TCLRipInterfaceRouter::TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange)
-    : routeRanges(pRipRouteRange, {.ready = usablePortOr100,
+    : routeRanges(pRipRouteRange, {.ready = childListsReady,
                                    .records = [this] { return &work.RouteRanges(); },
                                    .names = [this] { return &routeRangeNames; }}) {
     setDefault();

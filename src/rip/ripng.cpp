@@ -5,15 +5,9 @@
 #include "core/describe_collection.h"
 #include "core/parse.h"
 #include "core/port.h"
-#include "rip/interfaces.h"
+#include "rip/common.h"
 
 namespace zk {
-namespace {
-
-int usablePortOr100() { return usablePort() ? kOk : kNoPort; }
-
-}  // namespace
-
 // --- route range ---------------------------------------------------------
 
 void TCLRipngRouteRange::setDefault() { FromRecord(hal::ERIPngRouteRange{}); }
@@ -133,10 +127,10 @@ static binding::Describe<TCLRipngInterface> describeInterface(160, "TCLRipngInte
 // --- router --------------------------------------------------------------
 
 TCLRipngRouter::TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInterface* pRipngInterface)
-    : routeRanges(pRipngRouteRange, {.ready = usablePortOr100,
+    : routeRanges(pRipngRouteRange, {.ready = childListsReady,
                                      .records = [this] { return &work.RouteRanges(); },
                                      .names = [this] { return &routeRangeNames; }}),
-      interfaces(pRipngInterface, {.ready = usablePortOr100,
+      interfaces(pRipngInterface, {.ready = childListsReady,
                                    .records = [this] { return &work.Interfaces(); },
                                    .names = [this] { return &interfaceNames; }}) {
     setDefault();

@@ -1,4 +1,4 @@
-#include "rip/interfaces.h"
+#include "rip/common.h"
 
 #include "core/port.h"
 
@@ -18,5 +18,7 @@ std::string interfaceDescriptionOf(std::optional<int> localId) {
         if (i.localId == *localId) return i.description;
     return "";
 }
+
+int childListsReady() { return usablePort() ? kOk : kNoPort; }
 
 }  // namespace zk

@@ -31,8 +31,8 @@ public:
     void SetNextHop(const EIPAddress& a) { nextHop_ = a; }
 
 protected:
-    EAnyIpRouteRange(EIPAddress unspecified, int mask)
-        : network_(unspecified), mask_(mask), nextHop_(unspecified) {}
+    EAnyIpRouteRange(EIPAddress anyAddress, int mask)
+        : network_(anyAddress), mask_(mask), nextHop_(anyAddress) {}
 
 private:
     bool enabled_ = true;
@@ -40,7 +40,7 @@ private:
     EIPAddress network_;
     int mask_;
     int numberOfRoutes_ = 1;
-    EIPAddress nextHop_;  // unspecified: the router itself
+    EIPAddress nextHop_;  // the any-address: the router itself
 };
 
 class ERIPRouteRange : public EAnyIpRouteRange {

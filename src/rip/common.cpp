@@ -1,0 +1,24 @@
+#include "rip/common.h"
+
+#include "core/port.h"
+
+namespace zk {
+
+std::optional<int> interfaceIdOf(const std::string& description) {
+    const Port* port = usablePort();
+    const chassis::ProtocolInterface* i = port ? port->findInterface(description) : nullptr;
+    if (!i) return std::nullopt;
+    return i->localId;
+}
+
+std::string interfaceDescriptionOf(std::optional<int> localId) {
+    const Port* port = usablePort();
+    if (!port || !localId) return "";
+    for (const auto& i : port->interfaces)
+        if (i.localId == *localId) return i.description;
+    return "";
+}
+
+int childListsReady() { return usablePort() ? kOk : kNoPort; }
+
+}  // namespace zk

@@ -255,7 +255,7 @@ void TCLOspfUserLsaGroup::FromRecord(const hal::EOSPFUserLSAGroup& r) {
 
 static binding::Describe<TCLOspfUserLsaGroup> describeUserLsaGroup(203, "TCLOspfUserLsaGroup", [](auto& c) {
     using T = TCLOspfUserLsaGroup;
-    c.template constructor<TCLOspfUserLsa*>("pOspfUserLsa");
+    c.template constructor<TCLOspfUserLsa*>(binding::optional("pOspfUserLsa"));  // without one the group holds no LSAs
     c.option("enable", &T::enable);
     c.option("areaId", &T::areaId);
     c.option("description", &T::description);

@@ -205,6 +205,7 @@ void TCLOspfInterface::Copy(const hal::EOSPFInterface& r) {
 
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
     if (!(r.GetID() == work_.GetID())) {  // another interface: the learned LSAs were not its own
+        ++requestNumber_;                    // and an answer still due is not for it either
         answered_ = false;
         reply_.reset();
         learned_.reset();

@@ -14,8 +14,6 @@ namespace zk {
 namespace {
 constexpr const char* kLearnKind = "ospfLsas";
 
-hal::EIPAddress address(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
-
 // Learned LSAs are filed under the interface address in its dotted form.
 std::string learnKey(const std::string& ipText) {
     auto a = ipv4Address(ipText);
@@ -90,8 +88,8 @@ int TCLOspfInterface::ToRecord(hal::EOSPFInterface& r) {
     r = work_;
     r.SetEnabled(enable != 0);
     r.SetConnectedToDUT(connectToDut != 0);
-    r.SetIPAddress(address(ipAddress));
-    r.SetInterfaceMask(address(ipMask));
+    r.SetIPAddress(validAddress(ipAddress));
+    r.SetInterfaceMask(validAddress(ipMask));
     r.SetAreaID(uint32_t(areaId));
     r.SetPriority(priority);
     r.SetOptions(options);
@@ -103,11 +101,10 @@ int TCLOspfInterface::ToRecord(hal::EOSPFInterface& r) {
     hal::ETrafficEngineeringData te = r.GetTrafficEngineering();
     fillBandwidths(te);
     te.SetMetric(uint32_t(linkMetric));
-    auto group = parseAdminGroup(adminGroup).value_or(std::array<uint8_t, 4>{});
-    te.SetAdministrativeGroup(hal::EBlob({group.begin(), group.end()}));
+    te.SetAdministrativeGroup(adminGroupBlob(adminGroup));
     r.SetTrafficEngineering(te);
     r.SetLinkType(linkType);
-    r.SetNeighborRouterID(address(neighborRouterId));
+    r.SetNeighborRouterID(validAddress(neighborRouterId));
     r.SetMTU(mtuSize);
     r.SetValidateReceivedMTUSize(enableValidateMtu != 0);
     const Port* port = currentPort();

@@ -107,9 +107,10 @@ int TCLOspfInterface::ToRecord(hal::EOSPFInterface& r) {
     r.SetNeighborRouterID(validAddress(neighborRouterId));
     r.SetMTU(mtuSize);
     r.SetValidateReceivedMTUSize(enableValidateMtu != 0);
+    // The port's interface of that description, 0 when the port has none.
     const Port* port = currentPort();
-    const chassis::ProtocolInterface* portInterface = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
-    r.SetInterfaceId(portInterface ? portInterface->localId : 0);
+    const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
+    r.SetInterfaceId(onPort ? onPort->localId : 0);
     r.SetInterfaceDescription(protocolInterfaceDescription);
 
     r.SetAdvertiseNetworkRange(enableAdvertiseNetworkRange != 0);
@@ -299,7 +300,8 @@ static int learnOspfLsas(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* cons
         TCLOspfUserLsa lsa;
         for (int k = 0; k < n; k += 2) {
             std::string option = Tcl_GetString(pairs[k]);
-            const binding::AttrRecord* attr = option.size() > 1 && option[0] == '-' ? cls->findAttr(option.substr(1)) : nullptr;
+            const binding::AttrRecord* attr =
+                option.size() > 1 && option[0] == '-' ? cls->findAttr(option.substr(1)) : nullptr;
             if (!attr || !attr->set) return fail(where + ": unknown option \"" + option + "\"");
             binding::ConvertError err;
             if (!attr->set(*attr, interp, &lsa, pairs[k + 1], err))

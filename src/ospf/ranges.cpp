@@ -1,20 +1,27 @@
 #include "ospf/ranges.h"
 
+#include <cmath>
+
 #include "core/checks.h"
 #include "core/parse.h"
 #include "core/port.h"
 
 namespace zk {
 
-namespace {
-using Unreserved = double TeBandwidths::*;
-constexpr Unreserved kUnreserved[8] = {
-    &TeBandwidths::unreservedBandwidthPriority0, &TeBandwidths::unreservedBandwidthPriority1,
-    &TeBandwidths::unreservedBandwidthPriority2, &TeBandwidths::unreservedBandwidthPriority3,
-    &TeBandwidths::unreservedBandwidthPriority4, &TeBandwidths::unreservedBandwidthPriority5,
-    &TeBandwidths::unreservedBandwidthPriority6, &TeBandwidths::unreservedBandwidthPriority7,
-};
+const std::array<TeBandwidths::Field, 10> TeBandwidths::kFields = {{
+    {"maxBandwidth", &TeBandwidths::maxBandwidth},
+    {"maxReservableBandwidth", &TeBandwidths::maxReservableBandwidth},
+    {"unreservedBandwidthPriority0", &TeBandwidths::unreservedBandwidthPriority0},
+    {"unreservedBandwidthPriority1", &TeBandwidths::unreservedBandwidthPriority1},
+    {"unreservedBandwidthPriority2", &TeBandwidths::unreservedBandwidthPriority2},
+    {"unreservedBandwidthPriority3", &TeBandwidths::unreservedBandwidthPriority3},
+    {"unreservedBandwidthPriority4", &TeBandwidths::unreservedBandwidthPriority4},
+    {"unreservedBandwidthPriority5", &TeBandwidths::unreservedBandwidthPriority5},
+    {"unreservedBandwidthPriority6", &TeBandwidths::unreservedBandwidthPriority6},
+    {"unreservedBandwidthPriority7", &TeBandwidths::unreservedBandwidthPriority7},
+}};
 
+namespace {
 // Validation has already accepted the text.
 hal::EIPAddress address(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
 uint32_t step(const std::string& text) { return parseIPv4(text).value_or(0); }
@@ -23,13 +30,19 @@ uint32_t step(const std::string& text) { return parseIPv4(text).value_or(0); }
 void TeBandwidths::loadBandwidths(const hal::ETrafficEngineeringData& te) {
     maxBandwidth = te.GetMaxBandwidth();
     maxReservableBandwidth = te.GetMaxReservableBandwidth();
-    for (int p = 0; p < 8; ++p) this->*kUnreserved[p] = te.GetUnreservedBandwidth(p);
+    for (int p = 0; p < 8; ++p) this->*kFields[size_t(p) + 2].member = te.GetUnreservedBandwidth(p);
 }
 
 void TeBandwidths::fillBandwidths(hal::ETrafficEngineeringData& te) const {
-    for (int p = 0; p < 8; ++p) te.SetUnreservedBandwidth(p, this->*kUnreserved[p]);
+    for (int p = 0; p < 8; ++p) te.SetUnreservedBandwidth(p, this->*kFields[size_t(p) + 2].member);
     te.SetMaxBandwidth(maxBandwidth);
     te.SetMaxReservableBandwidth(maxReservableBandwidth);
+}
+
+std::string adminGroupText(const hal::EBlob& group) {
+    std::string text;
+    for (uint8_t b : group.GetData()) text += (text.empty() ? "" : " ") + formatText("%02x", b);
+    return text;
 }
 
 // ---- route range ----

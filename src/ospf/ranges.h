@@ -4,6 +4,7 @@
 // and user LSAs share.
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "binding/describe.h"
@@ -12,8 +13,9 @@
 
 namespace zk {
 
-// Bandwidths of traffic engineering: carried to the HAL as they stand and
-// read back; scripts cannot configure them.
+// Bandwidths of traffic engineering (bytes per second): interfaces and
+// network ranges carry them to the HAL as they stand and only read them
+// back; user LSAs let scripts set them.
 struct TeBandwidths {
     double maxBandwidth = 0;
     double maxReservableBandwidth = 0;
@@ -21,27 +23,36 @@ struct TeBandwidths {
            unreservedBandwidthPriority3 = 0, unreservedBandwidthPriority4 = 0, unreservedBandwidthPriority5 = 0,
            unreservedBandwidthPriority6 = 0, unreservedBandwidthPriority7 = 0;
 
+    struct Field {
+        const char* name;
+        double TeBandwidths::*member;
+    };
+    // maxBandwidth, maxReservableBandwidth, then priorities 0 to 7.
+    static const std::array<Field, 10> kFields;
+
     void loadBandwidths(const hal::ETrafficEngineeringData& te);
     void fillBandwidths(hal::ETrafficEngineeringData& te) const;
 };
 
-// The read-only options of TeBandwidths, in the order the classes list them.
 template <class T>
-void describeMaxBandwidths(binding::ClassDesc<T>& c) {
-    c.readOnly("maxBandwidth", &TeBandwidths::maxBandwidth);
-    c.readOnly("maxReservableBandwidth", &TeBandwidths::maxReservableBandwidth);
+void describeBandwidths(binding::ClassDesc<T>& c, size_t first, size_t last, bool writable) {
+    for (size_t i = first; i <= last; ++i) {
+        const auto& f = TeBandwidths::kFields[i];
+        if (writable) c.option(f.name, f.member);
+        else c.readOnly(f.name, f.member);
+    }
 }
 template <class T>
-void describeUnreservedBandwidths(binding::ClassDesc<T>& c) {
-    c.readOnly("unreservedBandwidthPriority0", &TeBandwidths::unreservedBandwidthPriority0);
-    c.readOnly("unreservedBandwidthPriority1", &TeBandwidths::unreservedBandwidthPriority1);
-    c.readOnly("unreservedBandwidthPriority2", &TeBandwidths::unreservedBandwidthPriority2);
-    c.readOnly("unreservedBandwidthPriority3", &TeBandwidths::unreservedBandwidthPriority3);
-    c.readOnly("unreservedBandwidthPriority4", &TeBandwidths::unreservedBandwidthPriority4);
-    c.readOnly("unreservedBandwidthPriority5", &TeBandwidths::unreservedBandwidthPriority5);
-    c.readOnly("unreservedBandwidthPriority6", &TeBandwidths::unreservedBandwidthPriority6);
-    c.readOnly("unreservedBandwidthPriority7", &TeBandwidths::unreservedBandwidthPriority7);
+void describeMaxBandwidths(binding::ClassDesc<T>& c, bool writable = false) {
+    describeBandwidths(c, 0, 1, writable);
 }
+template <class T>
+void describeUnreservedBandwidths(binding::ClassDesc<T>& c, bool writable = false) {
+    describeBandwidths(c, 2, 9, writable);
+}
+
+// The administrative group as scripts read it back: four hex bytes, "00 00 00 0a".
+std::string adminGroupText(const hal::EBlob& group);
 
 class TCLOspfRouteRange : public Object {
 public:

@@ -1,0 +1,82 @@
+// One OSPFv2 interface of an emulated router: addressing, area, timers,
+// authentication, traffic-engineering link data, the network range it
+// advertises, and the LSAs it has learned from the port.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "chassis/replies.h"
+#include "core/object.h"
+#include "hal/ospf.h"
+#include "ospf/ranges.h"
+#include "ospf/user_lsa.h"
+
+namespace zk {
+
+// What a port answers to a learned-LSA request: the LSAs in its database
+// for one interface address.
+struct LearnedLsaList : chassis::LearnedData {
+    std::vector<hal::EOSPFUserLSA> lsas;
+};
+
+class TCLOspfInterface : public Object, public TeBandwidths {
+public:
+    TCLOspfInterface(TCLOspfUserLsa* pOspfUserLsa, TCLOspfNetworkRange* pOspfNetworkRange);
+
+    int enable;
+    int connectToDut;
+    std::string ipAddress;
+    std::string ipMask;
+    int areaId;
+    int priority;
+    int options;
+    int helloInterval;
+    int deadInterval;
+    int networkType;
+    int metric;
+    int enableTrafficEngineering;
+    int linkMetric;
+    std::string adminGroup;
+    int linkType;
+    std::string neighborRouterId;
+    int mtuSize;
+    int enableValidateMtu;
+    int enableAdvertiseNetworkRange;
+    int authenticationMethod;
+    int md5KeyId;
+    std::string password;
+    std::string md5Key;
+    std::string neighborIp;
+    std::string protocolInterfaceDescription;
+    int numberOfLearnedLsas;
+
+    void setDefault();
+    int requestLearnedLsa();
+    int getLearnedLsaList();
+    int getFirstLearnedLsa();
+    int getNextLearnedLsa();
+
+    int ToRecord(hal::EOSPFInterface& r);
+    void FromRecord(const hal::EOSPFInterface& r);
+
+private:
+    bool Validate();
+    void Copy(const hal::EOSPFInterface& r);
+    void setPortFeatures(hal::EOSPFInterface& r) const;
+
+    Ref<TCLOspfUserLsa> userLsa_;
+    Ref<TCLOspfNetworkRange> networkRange_;
+    hal::EOSPFInterface work_;  // the stored interface last loaded, with its network ranges
+
+    // Learned LSAs: the reply to the latest request, and the list taken
+    // from it by getLearnedLsaList.
+    uint64_t requestNumber_ = 0;
+    bool answered_ = false;
+    std::shared_ptr<const LearnedLsaList> reply_;
+    std::shared_ptr<const LearnedLsaList> learned_;
+    size_t learnedCursor_ = 0;
+};
+
+}  // namespace zk

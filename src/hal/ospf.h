@@ -86,15 +86,19 @@ public:
     // The grid: rows x columns routers, each joined to its right and lower
     // neighbour by one subnet; every router originates a router LSA and, on
     // broadcast links, every subnet a network LSA.
-    int CalcNoOfRouters() const { return rows_ * cols_; }
-    int CalcNoOfSubnets() const {
-        if (rows_ == 0 || cols_ == 0) return 0;
-        return rows_ * (cols_ - 1) + cols_ * (rows_ - 1);
-    }
-    int CalcNoOfGeneratedLSAs() const { return CalcNoOfRouters() + (linkType_ == 0 ? CalcNoOfSubnets() : 0); }
+    // Counts beyond the range of an int are reported as its largest value.
+    int CalcNoOfRouters() const { return saturated(routers()); }
+    int CalcNoOfSubnets() const { return saturated(subnets()); }
+    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType_ == 0 ? subnets() : 0)); }
 
 private:
     static int capped(int n, int key) { return key > 0 && n > key ? key : n; }
+    long long routers() const { return (long long)rows_ * cols_; }
+    long long subnets() const {
+        if (rows_ <= 0 || cols_ <= 0) return 0;
+        return (long long)rows_ * (cols_ - 1) + (long long)cols_ * (rows_ - 1);
+    }
+    static int saturated(long long v) { return v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : int(v); }
     int rows_ = 2, cols_ = 2;
     int entryRow_ = 1, entryCol_ = 1;
     EIPAddress firstRouterId_ = EIPAddress::FromV4(0x0A000001);    // 10.0.0.1

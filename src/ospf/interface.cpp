@@ -14,8 +14,6 @@ namespace zk {
 namespace {
 constexpr const char* kLearnKind = "ospfLsas";
 
-hal::EIPAddress address(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
-
 // Learned LSAs are filed under the interface address in its dotted form.
 std::string learnKey(const std::string& ipText) {
     auto a = ipv4Address(ipText);
@@ -90,8 +88,8 @@ int TCLOspfInterface::ToRecord(hal::EOSPFInterface& r) {
     r = work_;
     r.SetEnabled(enable != 0);
     r.SetConnectedToDUT(connectToDut != 0);
-    r.SetIPAddress(address(ipAddress));
-    r.SetInterfaceMask(address(ipMask));
+    r.SetIPAddress(validAddress(ipAddress));
+    r.SetInterfaceMask(validAddress(ipMask));
     r.SetAreaID(uint32_t(areaId));
     r.SetPriority(priority);
     r.SetOptions(options);
@@ -103,16 +101,16 @@ int TCLOspfInterface::ToRecord(hal::EOSPFInterface& r) {
     hal::ETrafficEngineeringData te = r.GetTrafficEngineering();
     fillBandwidths(te);
     te.SetMetric(uint32_t(linkMetric));
-    auto group = parseAdminGroup(adminGroup).value_or(std::array<uint8_t, 4>{});
-    te.SetAdministrativeGroup(hal::EBlob({group.begin(), group.end()}));
+    te.SetAdministrativeGroup(adminGroupBlob(adminGroup));
     r.SetTrafficEngineering(te);
     r.SetLinkType(linkType);
-    r.SetNeighborRouterID(address(neighborRouterId));
+    r.SetNeighborRouterID(validAddress(neighborRouterId));
     r.SetMTU(mtuSize);
     r.SetValidateReceivedMTUSize(enableValidateMtu != 0);
+    // The port's interface of that description, 0 when the port has none.
     const Port* port = currentPort();
-    const chassis::ProtocolInterface* portInterface = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
-    r.SetInterfaceId(portInterface ? portInterface->localId : 0);
+    const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
+    r.SetInterfaceId(onPort ? onPort->localId : 0);
     r.SetInterfaceDescription(protocolInterfaceDescription);
 
     r.SetAdvertiseNetworkRange(enableAdvertiseNetworkRange != 0);
@@ -205,6 +203,7 @@ void TCLOspfInterface::Copy(const hal::EOSPFInterface& r) {
 
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
     if (!(r.GetID() == work_.GetID())) {  // another interface: the learned LSAs were not its own
+        ++requestNumber_;                    // and an answer still due is not for it either
         answered_ = false;
         reply_.reset();
         learned_.reset();
@@ -301,7 +300,8 @@ static int learnOspfLsas(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* cons
         TCLOspfUserLsa lsa;
         for (int k = 0; k < n; k += 2) {
             std::string option = Tcl_GetString(pairs[k]);
-            const binding::AttrRecord* attr = option.size() > 1 && option[0] == '-' ? cls->findAttr(option.substr(1)) : nullptr;
+            const binding::AttrRecord* attr =
+                option.size() > 1 && option[0] == '-' ? cls->findAttr(option.substr(1)) : nullptr;
             if (!attr || !attr->set) return fail(where + ": unknown option \"" + option + "\"");
             binding::ConvertError err;
             if (!attr->set(*attr, interp, &lsa, pairs[k + 1], err))

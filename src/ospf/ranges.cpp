@@ -1,7 +1,5 @@
 #include "ospf/ranges.h"
 
-#include <cmath>
-
 #include "core/checks.h"
 #include "core/parse.h"
 #include "core/port.h"
@@ -22,10 +20,16 @@ const std::array<TeBandwidths::Field, 10> TeBandwidths::kFields = {{
 }};
 
 namespace {
-// Validation has already accepted the text.
-hal::EIPAddress address(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
+// An address step as a 32-bit number, most significant byte first.
 uint32_t step(const std::string& text) { return parseIPv4(text).value_or(0); }
 }  // namespace
+
+hal::EIPAddress validAddress(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
+
+hal::EBlob adminGroupBlob(const std::string& text) {
+    auto group = parseAdminGroup(text).value_or(std::array<uint8_t, 4>{});
+    return hal::EBlob({group.begin(), group.end()});
+}
 
 void TeBandwidths::loadBandwidths(const hal::ETrafficEngineeringData& te) {
     maxBandwidth = te.GetMaxBandwidth();
@@ -64,7 +68,7 @@ int TCLOspfRouteRange::ToRecord(hal::EOSPFRouteRange& r) {
     r.SetEnabled(enable != 0);
     r.SetMaskWidth(prefix);
     r.SetMetric(uint32_t(metric));
-    r.SetNetworkAddress(address(networkIpAddress));
+    r.SetNetworkAddress(validAddress(networkIpAddress));
     return kOk;
 }
 
@@ -133,9 +137,9 @@ void TCLOspfNetworkRange::setGridSize(hal::EOSPFNetworkRange& r) const {
 int TCLOspfNetworkRange::ToRecord(hal::EOSPFNetworkRange& r) {
     if (!Validate()) return kFail;
     r.SetIncrementAddressFromMask(enableIncrementIpFromMask != 0);
-    r.SetFirstRouterID(address(firstRouterId));
+    r.SetFirstRouterID(validAddress(firstRouterId));
     r.SetRouterIDIncrement(step(routerIdIncrementBy));
-    r.SetFirstSubnetIPAddress(hal::EIPMaskedAddress(address(firstSubnetIpAddress), maskWidth));
+    r.SetFirstSubnetIPAddress(hal::EIPMaskedAddress(validAddress(firstSubnetIpAddress), maskWidth));
     r.SetSubnetIncrement(step(subnetIpIncrementBy));
     r.SetLinkType(linkType);
     r.SetTEEnabled(enableTe != 0);

@@ -51,6 +51,9 @@ void describeUnreservedBandwidths(binding::ClassDesc<T>& c, bool writable = fals
     describeBandwidths(c, 2, 9, writable);
 }
 
+// Text forms of options that validation has already accepted.
+hal::EIPAddress validAddress(const std::string& ipv4Text);  // 0.0.0.0 for anything else
+hal::EBlob adminGroupBlob(const std::string& text);         // four bytes
 // The administrative group as scripts read it back: four hex bytes, "00 00 00 0a".
 std::string adminGroupText(const hal::EBlob& group);
 

@@ -154,6 +154,8 @@ static binding::Describe<TCLOspfServer> describeServer(221, "TCLOspfServer", [](
     c.template constructor<TCLOspfRouter*>("pOspfRouter");
     c.method("setDefault", &T::setDefault);
     c.method("select", &T::select, "chasID", "cardID", "portID");
+    c.method("set", &T::set);
+    c.method("get", &T::get);
     describeCollection<&T::routers>(c, "Router", "routerLocalId", "clearAllRouters");
     c.method("write", &T::write);
     c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));

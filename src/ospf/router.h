@@ -60,6 +60,9 @@ public:
     Collection<TCLOspfRouter, hal::EOSPFRouter> routers;
 
     void setDefault() { routers.resetCursor(); }
+    // The server has no options of its own: set and get only ask for the port.
+    int set() { return ready(); }
+    int get() { return currentPort() ? kOk : kNoPort; }
     std::vector<CollectionBase*> childCollections() override { return {&routers}; }
 
 protected:

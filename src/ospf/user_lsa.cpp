@@ -81,8 +81,6 @@ bool knownLsaType(int t) {
     }
 }
 
-hal::EIPAddress address(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
-
 }  // namespace
 
 // ---- user LSA ----
@@ -121,30 +119,29 @@ bool TCLOspfUserLsa::Validate() {
 int TCLOspfUserLsa::ToRecord(hal::EOSPFUserLSA& r) {
     if (!Validate()) return kFail;
     r.SetType(lsaType);
-    r.SetLinkStateID(address(linkStateId));
-    r.SetAdvertisingRouter(address(advertisingRouterId));
+    r.SetLinkStateID(validAddress(linkStateId));
+    r.SetAdvertisingRouter(validAddress(advertisingRouterId));
     r.SetOptions(options);
     r.SetSequenceNumber(sequenceNumber);
     r.SetAge(lsaAge);
     r.SetRouterBits(routerBits);
     r.SetRouterLinks(routerLinkList(routerLinks).value_or(std::vector<hal::EOSPFRouterLink>{}));
-    r.SetNetworkMask(address(networkMask));
+    r.SetNetworkMask(validAddress(networkMask));
     r.SetAttachedRouters(routerIdList(attachedRouters).value_or(std::vector<hal::EIPAddress>{}));
     r.SetMetric(uint32_t(metric));
     r.SetExternalMetricType(externalMetricType);
-    r.SetForwardingAddress(address(forwardingAddress));
+    r.SetForwardingAddress(validAddress(forwardingAddress));
     r.SetExternalRouteTag(externalRouteTag);
     r.SetTlvType(tlvType);
-    r.SetRouterAddress(address(routerAddress));
+    r.SetRouterAddress(validAddress(routerAddress));
     r.SetTlvLinkType(tlvLinkType);
-    r.SetTlvLinkID(address(tlvLinkId));
-    r.SetLocalIPAddress(address(localIpAddress));
-    r.SetRemoteIPAddress(address(remoteIpAddress));
+    r.SetTlvLinkID(validAddress(tlvLinkId));
+    r.SetLocalIPAddress(validAddress(localIpAddress));
+    r.SetRemoteIPAddress(validAddress(remoteIpAddress));
     hal::ETrafficEngineeringData te;
     fillBandwidths(te);
     te.SetMetric(uint32_t(teMetric));
-    auto group = parseAdminGroup(adminGroup).value_or(std::array<uint8_t, 4>{});
-    te.SetAdministrativeGroup(hal::EBlob({group.begin(), group.end()}));
+    te.SetAdministrativeGroup(adminGroupBlob(adminGroup));
     r.SetTrafficEngineering(te);
     return kOk;
 }

@@ -1,46 +1,31 @@
-// The binding frame with small described classes of its own: a base class,
-// a derived class and a parent bound to a staging object. Covers what
-// TCLProtocolServer cannot show: read-only options, base classes, class
-// pointer arguments, optional arguments and non-int results.
-//
-// The objects of the module reach Tcl through its stubs table, which
-// Zktclprotocol_Init sets up; this file calls Tcl directly.
+// The binding frame with classes of its own (base, derived, a parent taking a
+// class pointer) for what TCLProtocolServer cannot show; and handle texts.
+// The module reaches Tcl through the stubs its Init sets up; we call Tcl directly.
 #undef USE_TCL_STUBS
 #include <tcl.h>
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "binding/describe.h"
 #include "binding/module.h"
+#include "binding/types.h"
 #include "core/errors.h"
 #include "core/object.h"
 
 namespace {
 
 struct TSampleBase : zk::Object {
-    int baseValue = 1;
-    int ro = 5;
+    int baseValue = 1, ro = 5;
     int baseMethod() { return 7; }
 };
-
 struct TSampleDerived : TSampleBase {
-    int own = 0;
-    unsigned wide = 0;
-    bool flag = false;
-    double ratio = 0.5;
-    std::string text;
-    int fail() {
-        zk::setLastError("TSampleDerived::fail()  failed ");
-        return 1;
-    }
+    int own = 0; unsigned wide = 0; bool flag = false; double ratio = 0.5; std::string text;
+    int fail() { zk::setLastError("TSampleDerived::fail()  failed "); return 1; }
     int take(TSampleBase* b) { return b ? b->baseValue : -1; }
     int add(int a, int b) { return a + b; }
     std::string greet(std::string who) { return "hello " + who; }
     unsigned biggest() { return 4294967295u; }
 };
-
 struct TSampleParent : zk::Object {
     explicit TSampleParent(TSampleDerived* d) : staging(d) {}
     zk::Ref<TSampleDerived> staging;
@@ -48,157 +33,106 @@ struct TSampleParent : zk::Object {
 };
 
 zk::binding::Describe<TSampleBase> describeBase(9001, "TSampleBase", [](auto& c) {
-    using T = TSampleBase;
     c.constructor();
-    c.option("baseValue", &T::baseValue);
-    c.readOnly("ro", &T::ro);
-    c.method("baseMethod", &T::baseMethod);
+    c.option("baseValue", &TSampleBase::baseValue);
+    c.readOnly("ro", &TSampleBase::ro);
+    c.method("baseMethod", &TSampleBase::baseMethod);
 });
-
 zk::binding::Describe<TSampleDerived> describeDerived(9002, "TSampleDerived", [](auto& c) {
     using T = TSampleDerived;
     c.template base<TSampleBase>();
     c.constructor();
     c.option("own", &T::own);
-    c.option("wide", &T::wide);
-    c.option("flag", &T::flag);
-    c.option("ratio", &T::ratio);
-    c.option("text", &T::text);
-    c.method("fail", &T::fail);
-    c.method("take", &T::take, "pBase");
+    c.option("wide", &T::wide); c.option("flag", &T::flag); c.option("ratio", &T::ratio); c.option("text", &T::text);
+    c.method("fail", &T::fail); c.method("take", &T::take, "pBase");
     c.method("add", &T::add, "a", zk::binding::optional("b"));
-    c.method("greet", &T::greet, "who");
-    c.method("biggest", &T::biggest);
+    c.method("greet", &T::greet, "who"); c.method("biggest", &T::biggest);
 });
-
 zk::binding::Describe<TSampleParent> describeParent(9003, "TSampleParent", [](auto& c) {
     c.template constructor<TSampleDerived*>("pDerived");
     c.method("staged", &TSampleParent::staged);
 });
 
+// Each row's script runs in turn; a failure reads "ERROR: <message>".
+struct Row { const char *script, *expected; };
+
 class Frame : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        interp_ = Tcl_CreateInterp();
-        ASSERT_EQ(Zktclprotocol_Init(interp_), TCL_OK);
+    static void SetUpTestSuite() { ASSERT_EQ(Zktclprotocol_Init(interp_ = Tcl_CreateInterp()), TCL_OK); }
+    static void TearDownTestSuite() { Tcl_DeleteInterp(interp_); }
+    void SetUp() override { run({{"foreach c [info commands s_*] { rename $c {} }; unset -nocomplain f; set ::zkErrorInfo {}", ""}}); }
+    static void run(std::initializer_list<Row> rows) {
+        for (const Row& r : rows) {
+            int code = Tcl_Eval(interp_, r.script);
+            std::string got = Tcl_GetStringResult(interp_);
+            EXPECT_EQ(code == TCL_OK ? got : "ERROR: " + got, r.expected) << r.script;
+        }
     }
-    static void TearDownTestSuite() {
-        Tcl_DeleteInterp(interp_);
-        interp_ = nullptr;
-    }
-    void SetUp() override { eval("foreach c [info commands s_*] { rename $c {} }; set ::zkErrorInfo {}"); }
-
-    // The result of a script; failures come back as "ERROR: <message>".
-    static std::string eval(const std::string& script) {
-        int code = Tcl_Eval(interp_, script.c_str());
-        std::string result = Tcl_GetStringResult(interp_);
-        return code == TCL_OK ? result : "ERROR: " + result;
-    }
-
-    static Tcl_Interp* interp_;
+    static inline Tcl_Interp* interp_ = nullptr;
 };
-Tcl_Interp* Frame::interp_ = nullptr;
 
-TEST_F(Frame, CommandsOfADescribedClass) {
-    EXPECT_EQ(eval("lsort [info commands TSampleBase*]"),
-              "TSampleBase TSampleBase_baseMethod TSampleBase_baseValue_get TSampleBase_baseValue_set TSampleBase_ro_get");
-    EXPECT_EQ(eval("llength [info commands new_TSample*]"), "3");
-    EXPECT_EQ(eval("llength [info commands delete_TSample*]"), "3");
+TEST_F(Frame, CommandsAndReadOnlyOptions) {
+    run({{"lsort [info commands TSampleBase*]", "TSampleBase TSampleBase_baseMethod TSampleBase_baseValue_get TSampleBase_baseValue_set TSampleBase_ro_get"},
+         {"llength [info commands *_TSample*]", "6"},
+         {"TSampleBase s_b; list [s_b cget -ro] [TSampleBase_ro_get s_b]", "5 5"},
+         {"s_b configure -baseValue 3 -ro 9 -baseValue 4", "ERROR: Option -ro of TSampleBase is read-only."},
+         {"s_b configure", "-baseValue 3 -ro 5"},
+         {"s_b configure -nosuch 1", "ERROR: Invalid configure option for TSampleBase. Must be :{ -baseValue }"}});
 }
 
-TEST_F(Frame, ReadOnlyOption) {
-    eval("TSampleBase s_b");
-    EXPECT_EQ(eval("s_b cget -ro"), "5");
-    EXPECT_EQ(eval("TSampleBase_ro_get s_b"), "5");
-    EXPECT_EQ(eval("s_b configure -baseValue 3 -ro 9 -baseValue 4"), "ERROR: Option -ro of TSampleBase is read-only.");
-    EXPECT_EQ(eval("list [s_b cget -baseValue] [s_b cget -ro]"), "3 5");
-    // configure without options lists read-only options too.
-    EXPECT_EQ(eval("s_b configure"), "-baseValue 3 -ro 5");
-    // The list of the unknown-option message of configure leaves them out.
-    EXPECT_EQ(eval("s_b configure -nosuch 1"),
-              "ERROR: Invalid configure option for TSampleBase. Must be :{ -baseValue }");
+TEST_F(Frame, BaseClassesAndClassPointers) {
+    run({{"TSampleDerived s_d; s_d configure -baseValue 11 -own 2; list [s_d baseMethod] [s_d cget -ro] [s_d cget -baseValue]", "7 5 11"},
+         {"list [TSampleBase_baseMethod [s_d cget -this]] [TSampleBase_baseValue_get s_d]", "7 11"},
+         {"TSampleBase s_b; TSampleDerived_own_get [s_b cget -this]", "ERROR: Type error. Expected TSampleDerived *"},
+         {"s_d nosuch", "ERROR: Invalid Method for TSampleDerived. Must be : { cget configure -acquire -disown -delete "
+                        "methods : fail take add greet biggest baseMethod }"},
+         {"s_b configure -baseValue 21; TSampleParent s_p s_d; list [s_d take [s_b cget -this]] [s_d take s_d] [s_d take NULL]", "21 11 -1"},
+         {"s_d take [s_p cget -this]", "ERROR: Type error. Expected TSampleBase *"},
+         {"s_d take s_p", "ERROR: Type error. Expected TSampleBase *"},
+         {"s_d take {}", "ERROR: Type error. Expected a pointer"},
+         {"set h [s_b cget -this]; s_b -delete; s_d take $h", "ERROR: Type error. Expected TSampleBase *"}});
 }
 
-TEST_F(Frame, BaseClassMethodsAndOptionsReachedFromTheDerived) {
-    eval("TSampleDerived s_d");
-    EXPECT_EQ(eval("s_d baseMethod"), "7");
-    EXPECT_EQ(eval("s_d configure -baseValue 11 -own 2; list [s_d cget -baseValue] [s_d cget -own] [s_d cget -ro]"),
-              "11 2 5");
-    // A derived handle is good wherever the base is expected ...
-    EXPECT_EQ(eval("TSampleBase_baseMethod [s_d cget -this]"), "7");
-    EXPECT_EQ(eval("TSampleBase_baseValue_get [s_d cget -this]"), "11");
-    // ... but a base handle is not a derived one.
-    eval("TSampleBase s_b");
-    EXPECT_EQ(eval("TSampleDerived_own_get [s_b cget -this]"), "ERROR: Type error. Expected TSampleDerived *");
-    EXPECT_EQ(eval("s_d nosuch"),
-              "ERROR: Invalid Method for TSampleDerived. Must be : { cget configure -acquire -disown -delete "
-              "methods : fail take add greet biggest baseMethod }");
-}
-
-TEST_F(Frame, ClassPointerArguments) {
-    eval("TSampleDerived s_d; TSampleBase s_b; s_b configure -baseValue 21; TSampleParent s_p [s_d cget -this]");
-    EXPECT_EQ(eval("s_d take [s_b cget -this]"), "21");
-    EXPECT_EQ(eval("s_d take [s_d cget -this]"), "1");
-    EXPECT_EQ(eval("s_d take s_b"), "21");
-    EXPECT_EQ(eval("s_d take NULL"), "-1");
-    EXPECT_EQ(eval("s_d take [s_p cget -this]"), "ERROR: Type error. Expected TSampleBase *");
-    EXPECT_EQ(eval("s_d take s_p"), "ERROR: Type error. Expected TSampleBase *");
-    EXPECT_EQ(eval("s_d take junk"), "ERROR: Type error. Expected a pointer");
-    EXPECT_EQ(eval("s_d take {}"), "ERROR: Type error. Expected a pointer");
-    EXPECT_EQ(eval("set h [s_b cget -this]; s_b -delete; s_d take $h"), "ERROR: Type error. Expected TSampleBase *");
-}
-
-TEST_F(Frame, OptionalArguments) {
-    eval("TSampleDerived s_d");
-    EXPECT_EQ(eval("s_d add 2"), "2");
-    EXPECT_EQ(eval("s_d add 2 3"), "5");
-    EXPECT_EQ(eval("TSampleDerived_add s_d 4"), "4");
-    EXPECT_EQ(eval("s_d add"), "ERROR: Wrong # args. TSampleDerived_add self a b ");
-    EXPECT_EQ(eval("s_d add 1 2 3"), "ERROR: Wrong # args. TSampleDerived_add self a b ");
-    EXPECT_EQ(eval("s_d add 1 x"), "ERROR: expected integer but got \"x\" argument 3 (b)");
-}
-
-TEST_F(Frame, ResultsOfEveryKind) {
-    eval("TSampleDerived s_d");
-    EXPECT_EQ(eval("s_d greet {big world}"), "hello big world");
-    EXPECT_EQ(eval("s_d biggest"), "4294967295");
-    EXPECT_EQ(eval("set ::zkErrorInfo {}; list [s_d greet x] $::zkErrorInfo"), "{hello x} {}");
-    EXPECT_EQ(eval("list [s_d fail] $::zkErrorInfo"), "1 {TSampleDerived::fail()  failed }");
+TEST_F(Frame, ArgumentsAndResults) {
+    run({{"TSampleDerived s_d; list [s_d add 2] [s_d add 2 3] [TSampleDerived_add s_d 4]", "2 5 4"},
+         {"s_d add", "ERROR: Wrong # args. TSampleDerived_add self a b "},
+         {"s_d add 1 2 3", "ERROR: Wrong # args. TSampleDerived_add self a b "},
+         {"s_d add 1 x", "ERROR: expected integer but got \"x\" argument 3 (b)"},
+         {"list [s_d greet {big world}] [s_d biggest] $::zkErrorInfo", "{hello big world} 4294967295 {}"},
+         {"list [s_d fail] $::zkErrorInfo", "1 {TSampleDerived::fail()  failed }"}});
 }
 
 TEST_F(Frame, OptionsOfEveryKind) {
-    eval("TSampleDerived s_d");
-    EXPECT_EQ(eval("s_d configure -wide 4294967295; s_d cget -wide"), "4294967295");
-    EXPECT_EQ(eval("s_d configure -wide -1; s_d cget -wide"), "4294967295");  // wraps as in C
-    EXPECT_EQ(eval("s_d configure -wide 4294967296"), "ERROR: integer value too large to represent: \"4294967296\" argument 2 (wide)");
-    EXPECT_EQ(eval("s_d configure -flag on; s_d cget -flag"), "1");
-    EXPECT_EQ(eval("s_d configure -flag 5; s_d cget -flag"), "1");
-    EXPECT_EQ(eval("s_d configure -flag TCL_ERROR; s_d cget -flag"), "0");
-    EXPECT_EQ(eval("s_d configure -ratio 2.25; s_d cget -ratio"), "2.25");
-    EXPECT_EQ(eval("s_d configure -ratio 3; s_d cget -ratio"), "3.0");
-    EXPECT_EQ(eval("catch {s_d configure -ratio abc}; s_d cget -ratio"), "3.0");
-    EXPECT_EQ(eval("s_d configure -text {a b}; s_d cget -text"), "a b");
+    run({{"TSampleDerived s_d; s_d configure -wide -2; set a [s_d cget -wide]; s_d configure -wide 4294967295; lappend a [s_d cget -wide]",
+          "4294967294 4294967295"},  // negative values wrap as in C
+         {"s_d configure -wide 4294967296", "ERROR: integer value too large to represent: \"4294967296\" argument 2 (wide)"},
+         {"foreach v {on 0 5 TCL_ERROR} { s_d configure -flag $v; lappend f [s_d cget -flag] }; set f", "1 0 1 0"},
+         {"s_d configure -ratio 2.25; set r [s_d cget -ratio]; s_d configure -ratio 3; catch {s_d configure -ratio abc}; lappend r [s_d cget -ratio]", "2.25 3.0"},
+         {"s_d configure -text {a b}; s_d cget -text", "a b"}});
 }
 
-TEST_F(Frame, ConstructorArguments) {
-    eval("TSampleDerived s_d; s_d configure -own 9");
-    EXPECT_EQ(eval("TSampleParent s_p [s_d cget -this]"), "s_p");
-    EXPECT_EQ(eval("s_p staged"), "9");
-    EXPECT_EQ(eval("TSampleParent s_q -args s_d; s_q staged"), "9");
-    EXPECT_EQ(eval("TSampleParent s_n NULL; s_n staged"), "-1");
-    EXPECT_EQ(eval("TSampleParent s_x"), "ERROR: Wrong # args. new_TSampleParent pDerived ");
-    EXPECT_EQ(eval("info commands s_x"), "");
-    EXPECT_EQ(eval("TSampleBase s_b; TSampleParent s_y [s_b cget -this]"), "ERROR: Type error. Expected TSampleDerived *");
-    EXPECT_EQ(eval("info commands s_y"), "");
-    EXPECT_EQ(eval("set h [new_TSampleParent [s_d cget -this]]; TSampleParent_staged $h"), "9");
-    EXPECT_EQ(eval("delete_TSampleParent $h"), "");
+TEST_F(Frame, ConstructorArgumentsAndStagingObjects) {
+    run({{"TSampleDerived s_d; s_d configure -own 9; TSampleParent s_p [s_d cget -this]", "s_p"},
+         {"TSampleParent s_q -args s_d; TSampleParent s_n NULL; list [s_p staged] [s_q staged] [s_n staged]", "9 9 -1"},
+         {"TSampleParent s_x", "ERROR: Wrong # args. new_TSampleParent pDerived "},
+         {"TSampleBase s_b; TSampleParent s_y [s_b cget -this]", "ERROR: Type error. Expected TSampleDerived *"},
+         {"info commands s_\\[xy\\]", ""},
+         {"set h [new_TSampleParent s_d]; list [TSampleParent_staged $h] [delete_TSampleParent $h]", "9 {}"},
+         {"s_d -delete; s_p staged", "-1"}});
 }
 
-TEST_F(Frame, AStagingObjectDeletedByTheScriptReadsAsMissing) {
-    eval("TSampleDerived s_d; s_d configure -own 4; TSampleParent s_p s_d");
-    EXPECT_EQ(eval("s_p staged"), "4");
-    eval("s_d -delete");
-    EXPECT_EQ(eval("s_p staged"), "-1");
+// Handles: "_", address least significant byte first, "_p_", type; binding.test has malformed ones.
+TEST(Handle, EncodeParseAndRegister) {
+    const auto& type = *zk::binding::registerType("TCLSampleThing");
+    EXPECT_EQ(&type, zk::binding::registerType("TCLSampleThing"));
+    EXPECT_EQ(zk::binding::findType("_p_TCLSampleThing"), &type);
+    EXPECT_EQ(zk::binding::encodeHandle(reinterpret_cast<void*>(uintptr_t(0x0123456789abcdefULL)), type), "_efcdab8967452301_p_TCLSampleThing");
+    for (uintptr_t v : {uintptr_t(0), uintptr_t(0xff), ~uintptr_t(0)}) {
+        uintptr_t back = 12345;
+        std::string_view mangled;
+        ASSERT_TRUE(zk::binding::parseHandleText(zk::binding::encodeHandle(reinterpret_cast<void*>(v), type), back, mangled));
+        EXPECT_EQ(std::pair(back, mangled), std::pair(v, std::string_view("_p_TCLSampleThing")));
+    }
 }
 
 }  // namespace

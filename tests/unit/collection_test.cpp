@@ -1,366 +1,259 @@
-// The named-collection pattern with small record and child types: a leaf
-// child, and a parent child that keeps leaves of its own.
+// IndexedList; the named-collection pattern on it, with a leaf child and a
+// parent child that keeps leaves; the current port; and the per-port lists of
+// a small PortServer, which survive selecting another port but not the port.
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "core/collection.h"
+#include "chassis/lab.h"
+#include "core/server.h"
 
 namespace {
 
+using chassis::Lab;
+using chassis::PortId;
+using chassis::Protocol;
 using zk::Collection;
 using zk::ItemList;
+using Strings = std::vector<std::string>;
+using Ints = std::vector<int>;
 
-struct ELeaf : hal::ERecord {
-    int v = 0;
-};
-struct EPar : hal::ERecord {
-    int x = 0;
-    hal::RecordList<ELeaf> leaves;
-};
+// Positions and lookups stay right across erases and the compactions they trigger.
+TEST(IndexedList, PositionsAcrossErasesAndCompactions) {
+    zk::IndexedList<std::string, int> l;
+    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(l.add(std::to_string(i), i));
+    for (int i = 1; i < 1000; ++i) {
+        if (i % 7) { ASSERT_TRUE(l.erase(std::to_string(i))) << i; }
+    }
+    EXPECT_FALSE(l.erase("1"));
+    ASSERT_EQ(l.size(), 143u);
+    for (int pos = 0; pos < 143; ++pos) {
+        auto [k, v] = l.at(size_t(pos));
+        ASSERT_EQ(*k + "=" + std::to_string(*v), std::to_string(pos * 7) + "=" + std::to_string(pos * 7));
+        ASSERT_EQ(l.find(*k), v);  // the index follows the moved slots
+    }
+    EXPECT_EQ(l.at(143).first, nullptr);
+    EXPECT_TRUE(l.add("1", -1));  // an erased key comes back at the end
+    EXPECT_EQ(*l.at(143).second, -1);
+}
 
+struct ELeaf : hal::ERecord { int v = 0; };
+struct EPar : hal::ERecord { int x = 0; hal::RecordList<ELeaf> leaves; };
 struct TLeaf : zk::Object {
     int v = 3;
     bool valid = true;
-    int ToRecord(ELeaf& r) {
-        if (!valid) {
-            zk::setLastError("TLeaf invalid");
-            return 1;
-        }
-        r.v = v;
-        return 0;
-    }
+    int ToRecord(ELeaf& r) { return valid ? (r.v = v, 0) : (zk::setLastError("TLeaf invalid"), 1); }
     void FromRecord(const ELeaf& r) { v = r.v; }
 };
-
 struct TPar : zk::Object {
-    explicit TPar(TLeaf* l)
-        : leaves(l, {.records = [this] { return &work.leaves; }, .names = [this] { return &leafNames; }}) {}
+    explicit TPar(TLeaf* l) : leaves(l, {.records = [this] { return &work.leaves; }, .names = [this] { return &names; }}) {}
     int x = 0;
     EPar work;
-    ItemList leafNames;
+    ItemList names;
     Collection<TLeaf, ELeaf> leaves;
     std::vector<zk::CollectionBase*> childCollections() override { return {&leaves}; }
-    int ToRecord(EPar& r) {
-        r = work;
-        r.x = x;
-        return 0;
-    }
-    void FromRecord(const EPar& r) {
-        work = r;
-        x = r.x;
-    }
+    int ToRecord(EPar& r) { return r = work, r.x = x, 0; }
+    void FromRecord(const EPar& r) { work = r, x = r.x; }
 };
 
-// A parent holding leaves, with a switch for its readiness.
+// getFirst, then getNext up to the n-th item: the code of the last call.
+int walkTo(auto& c, int n) {
+    int r = c.getFirst();
+    while (--n > 0) r = c.getNext();
+    return r;
+}
+Strings namesOf(ItemList& l) {
+    Strings keys;
+    return l.forEach([&](const std::string& k, const zk::ItemEntry&) { keys.push_back(k); }), keys;
+}
+
+// Leaves a, b, ... holding 0, 1, ..., under a parent whose readiness the test switches.
 struct LeafHost {
     TLeaf staging;
     hal::RecordList<ELeaf> records;
     ItemList names;
     int readyCode = 0;
-    Collection<TLeaf, ELeaf> leaves;
-
-    LeafHost()
-        : leaves(&staging, {.ready = [this] { return readyCode; },
-                            .records = [this] { return &records; },
-                            .names = [this] { return &names; }}) {}
-
-    int add(const std::string& name, int v) {
-        staging.v = v;
-        return leaves.add(name);
+    Collection<TLeaf, ELeaf> leaves{&staging, {.ready = [this] { return readyCode; },
+                                               .records = [this] { return &records; },
+                                               .names = [this] { return &names; }}};
+    explicit LeafHost(int n = 0) { for (int i = 0; i < n; ++i) add(std::string(1, char('a' + i)), i); }
+    int add(const std::string& name, int v) { return staging.v = v, leaves.add(name); }
+    Ints values() {
+        Ints vs;
+        return records.ForEach([&](const ELeaf& r) { vs.push_back(r.v); }), vs;
     }
-    std::vector<std::string> order() {
-        std::vector<std::string> keys;
-        names.forEach([&](const std::string& k, const zk::ItemEntry&) { keys.push_back(k); });
-        return keys;
+};
+
+TEST(Collection, AddGetAndRefusedNames) {
+    LeafHost h(2);
+    EXPECT_EQ(h.leaves.get("b"), 0);
+    EXPECT_EQ(h.leaves.get("nosuch") + h.leaves.set("nosuch") + h.leaves.del("nosuch"), 3);
+    EXPECT_EQ(h.staging.v, 1);
+    EXPECT_EQ(h.add("a", 9), 1);
+    EXPECT_EQ(h.add("", 9), 100);
+    h.staging.valid = false;
+    EXPECT_EQ(h.add("c", 9), 1);
+    EXPECT_EQ(zk::lastError(), "TLeaf invalid");
+    EXPECT_EQ(h.values(), (Ints{0, 1}));
+    Collection<TLeaf, ELeaf> c(&h.staging, {.records = [&] { return &h.records; }, .names = [&] { return &h.names; }, .refused = 1});
+    EXPECT_EQ(c.add(""), 1);  // the empty-name code is the parent's choice
+}
+
+// What add, get, set, del, getFirst, getNext and clearAll give when the collection cannot act.
+TEST(Collection, RefusedWhenItCannotAct) {
+    const char* what[] = {"staging object deleted", "parent not ready", "no list (no port)"};
+    const Ints expected[] = {{100, 100, 100, 100, 100, 100, 0}, {100, 100, 100, 100, 100, 100, 100}, {100, 100, 100, 100, 100, 100, 0}};
+    for (int i = 0; i < 3; ++i) {
+        LeafHost h(1);
+        auto staging = std::make_unique<TLeaf>();
+        Collection<TLeaf, ELeaf> other(staging.get(), {.records = [&] { return i == 2 ? nullptr : &h.records; },
+                                                       .names = [&] { return i == 2 ? nullptr : &h.names; }});
+        Collection<TLeaf, ELeaf>& c = i == 1 ? h.leaves : other;
+        if (i == 0) staging.reset();  // the script deleted it
+        h.readyCode = i == 1 ? 100 : 0;
+        Ints got{c.add("z"), c.get("a"), c.set("a"), c.del("a"), c.getFirst(), c.getNext()};
+        EXPECT_EQ(h.names.size(), 1u) << what[i];
+        got.push_back(c.clearAll());
+        EXPECT_EQ(got, expected[i]) << what[i];
     }
-    std::vector<int> recordValues() {
-        std::vector<int> vs;
-        records.ForEach([&](const ELeaf& r) { vs.push_back(r.v); });
+}
+
+TEST(Collection, SetDelAndIterationFollowTheItemLastReturned) {
+    LeafHost h(5);
+    h.staging.v = 100;
+    EXPECT_EQ(h.leaves.set(""), 0);  // nothing returned yet: the first item
+    EXPECT_EQ(walkTo(h.leaves, 3), 0);  // returned "c"
+    h.staging.v = 42;
+    EXPECT_EQ(h.leaves.set(""), 0);
+    h.staging.valid = false;
+    EXPECT_EQ(h.leaves.set("b"), 1);
+    EXPECT_EQ(h.values(), (Ints{100, 1, 42, 3, 4}));
+    EXPECT_EQ(h.leaves.del(""), 0);  // c; the cursor stays, so d is skipped
+    EXPECT_EQ(h.leaves.getNext(), 0);
+    EXPECT_EQ(h.staging.v, 4);
+    h.staging.v = 77;
+    EXPECT_EQ(h.leaves.getNext(), 1);
+    EXPECT_EQ(h.staging.v, 77);  // left as it was past the end
+    EXPECT_EQ(h.leaves.getFirst(), 0);
+    EXPECT_EQ(h.leaves.del(""), 0);  // after getFirst: the first
+    EXPECT_EQ(h.leaves.del("b") + h.leaves.del("b"), 1);
+    EXPECT_EQ(h.values(), (Ints{3, 4}));
+    EXPECT_EQ(h.leaves.clearAll(), 0);
+    EXPECT_EQ(h.records.Size() + h.leaves.cursor() + h.names.size(), 0u);
+    EXPECT_EQ(h.leaves.getFirst() + h.leaves.del(""), 2);  // nothing there
+    h.staging.valid = true;
+    EXPECT_EQ(h.add("a", 5), 0);
+    h.records.Clear();
+    EXPECT_EQ(h.leaves.get("a"), 1);  // its record is gone
+}
+
+// Add takes the child's leaves along and empties its lists, unless refused;
+// get and set carry the leaf names; get restarts the child's iteration.
+TEST(Collection, ParentsCarryTheirChildsLeaves) {
+    TLeaf leaf;
+    TPar par{&leaf};
+    hal::RecordList<EPar> records;
+    ItemList names;
+    Collection<TPar, EPar> pars{&par, {.records = [&] { return &records; }, .names = [&] { return &names; }}};
+    auto addLeaf = [&](const std::string& name, int v) { return leaf.v = v, par.leaves.add(name); };
+    addLeaf("l1", 11);
+    addLeaf("l2", 12);
+    EXPECT_EQ(pars.add("p1"), 0);
+    EXPECT_EQ(par.work.leaves.Size() + par.names.size(), 0u);
+    par.x = 2;
+    addLeaf("l3", 13);
+    EXPECT_EQ(pars.add("p1"), 1);
+    EXPECT_EQ(namesOf(par.names), (Strings{"l3"}));
+    EXPECT_EQ(pars.add("p2"), 0);
+    EXPECT_EQ(par.x, 2);  // the child keeps its options
+    EXPECT_EQ(pars.get("p1"), 0);
+    EXPECT_EQ(walkTo(par.leaves, 2), 0);
+    addLeaf("l4", 14);
+    EXPECT_EQ(pars.set("p1"), 0);
+    par.leaves.clearAll();
+    EXPECT_EQ(pars.getFirst(), 0);
+    EXPECT_EQ(par.x + par.leaves.cursor(), 0u);
+    EXPECT_EQ(namesOf(par.names), (Strings{"l1", "l2", "l4"}));
+    leaf.v = 0;
+    EXPECT_EQ(par.leaves.get("l4"), 0);
+    EXPECT_EQ(leaf.v, 14);
+    EXPECT_EQ(pars.getNext(), 0);
+    EXPECT_EQ(par.x, 2);
+    EXPECT_EQ(walkTo(par.leaves, 2), 1);  // l3, then past the end
+    EXPECT_EQ(leaf.v, 13);
+}
+
+struct EItem : hal::ERecord { int v = 0; };
+void to_json(hal::Json& j, const EItem& r) { j = {{"V", r.v}}; }
+struct ESrv : chassis::EConfigRoot {
+    hal::RecordList<EItem> items;
+    hal::Json ToJson() const override { return {{"Items", items}}; }
+};
+struct TItem : zk::Object {
+    int v = 0;
+    int ToRecord(EItem& r) { return r.v = v, 0; }
+    void FromRecord(const EItem& r) { v = r.v; }
+};
+struct TSrv : zk::PortServer {
+    explicit TSrv(TItem* staging)
+        : PortServer(Protocol::Rip, 1),
+          items(staging, {.ready = [this] { return ready(); },
+                          .records = [this] { return config<ESrv>() ? &config<ESrv>()->items : nullptr; },
+                          .names = [this] { return names(0); }}) {}
+    chassis::EConfigRoot& configOf(chassis::Port& p) override { return p.holder(Protocol::Rip).Config<ESrv>(); }
+    std::vector<zk::CollectionBase*> childCollections() override { return {&items}; }
+    zk::Collection<TItem, EItem> items;
+};
+
+struct Lab0 : ::testing::Test {
+    TItem item;
+    TSrv srv{&item};
+    void SetUp() override { Lab::instance().reset(false); }
+    void TearDown() override { SetUp(); }
+    chassis::Port& port(int c, int d, int p) { return *Lab::instance().find(c, d, p); }
+    int add(const std::string& name, int v) { return item.v = v, srv.items.add(name); }
+    Ints walk() {
+        Ints vs;
+        for (int r = srv.items.getFirst(); r == 0; r = srv.items.getNext()) vs.push_back(item.v);
         return vs;
     }
 };
 
-TEST(Collection, AddAndGet) {
-    LeafHost h;
-    EXPECT_EQ(h.add("a", 1), 0);
-    EXPECT_EQ(h.add("b", 2), 0);
-    EXPECT_EQ(h.order(), (std::vector<std::string>{"a", "b"}));
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{1, 2}));
-    EXPECT_EQ(h.leaves.get("a"), 0);
-    EXPECT_EQ(h.staging.v, 1);
-    EXPECT_EQ(h.leaves.get("nosuch"), 1);
-    EXPECT_EQ(h.staging.v, 1);
+// One current port for every protocol, and only while it exists.
+TEST_F(Lab0, TheCurrentPort) {
+    EXPECT_EQ(zk::selectPort(1, 2, 3, Protocol::Ospf), 0);
+    port(1, 4, 4).licensed.erase(Protocol::Rip);
+    EXPECT_EQ(srv.select(1, 4, 4) + srv.select(1, 0, 1), 204);  // not licensed, no such port
+    EXPECT_EQ(zk::currentPort()->id, (PortId{1, 2, 3}));  // unchanged by refusals
+    EXPECT_EQ(srv.select(1, 4, 3), 0);
+    port(1, 4, 3).available = 0;
+    EXPECT_EQ(zk::currentPort()->id, (PortId{1, 4, 3}));
+    EXPECT_EQ(zk::usablePort(), nullptr);
+    Lab::instance().remove(PortId{1, 4, 3});
+    EXPECT_EQ(zk::currentPort(), nullptr);
+    zk::selectPort(1, 1, 1, Protocol::Rip);
+    Lab::instance().reset(false);
+    EXPECT_EQ(zk::currentPort(), nullptr);
 }
 
-TEST(Collection, DuplicateAndEmptyNames) {
-    LeafHost h;
-    h.add("a", 1);
-    EXPECT_EQ(h.add("a", 9), 1);
-    EXPECT_EQ(h.add("", 9), 100);
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{1}));
-    EXPECT_EQ(h.names.size(), 1u);
-}
-
-TEST(Collection, EmptyNameCodeIsTheParentsChoice) {
-    TLeaf staging;
-    hal::RecordList<ELeaf> records;
-    ItemList names;
-    Collection<TLeaf, ELeaf> c(&staging, {.records = [&] { return &records; },
-                                          .names = [&] { return &names; },
-                                          .refused = 1});
-    EXPECT_EQ(c.add(""), 1);
-    EXPECT_EQ(c.add("x"), 0);
-}
-
-TEST(Collection, FailedValidationAddsNothing) {
-    LeafHost h;
-    zk::setLastError("");
-    h.staging.valid = false;
-    EXPECT_EQ(h.add("a", 1), 1);
-    EXPECT_EQ(zk::lastError(), "TLeaf invalid");
-    EXPECT_TRUE(h.names.empty());
-    EXPECT_EQ(h.records.Size(), 0u);
-}
-
-TEST(Collection, MissingOrDeletedStagingObject) {
-    hal::RecordList<ELeaf> records;
-    ItemList names;
-    auto staging = std::make_unique<TLeaf>();
-    Collection<TLeaf, ELeaf> c(staging.get(), {.records = [&] { return &records; }, .names = [&] { return &names; }});
-    EXPECT_EQ(c.add("a"), 0);
-    staging.reset();  // the script deleted it
-    EXPECT_EQ(c.staging(), nullptr);
-    EXPECT_EQ(c.add("b"), 100);
-    EXPECT_EQ(c.get("a"), 100);
-    EXPECT_EQ(c.getFirst(), 100);
-    EXPECT_EQ(c.set("a"), 100);
-
-    Collection<TLeaf, ELeaf> none(nullptr, {.records = [&] { return &records; }, .names = [&] { return &names; }});
-    EXPECT_EQ(none.add("c"), 100);
-    EXPECT_EQ(none.getNext(), 100);
-}
-
-TEST(Collection, NotReadyGivesTheParentsCode) {
-    LeafHost h;
-    h.add("a", 1);
-    h.readyCode = 100;
-    EXPECT_EQ(h.add("b", 2), 100);
-    EXPECT_EQ(h.leaves.get("a"), 100);
-    EXPECT_EQ(h.leaves.set("a"), 100);
-    EXPECT_EQ(h.leaves.del("a"), 100);
-    EXPECT_EQ(h.leaves.getFirst(), 100);
-    EXPECT_EQ(h.leaves.getNext(), 100);
-    EXPECT_EQ(h.leaves.clearAll(), 100);
-    EXPECT_EQ(h.order(), (std::vector<std::string>{"a"}));
-}
-
-TEST(Collection, NoListWithoutAPort) {
-    TLeaf staging;
-    Collection<TLeaf, ELeaf> c(&staging, {.records = [] { return static_cast<hal::RecordList<ELeaf>*>(nullptr); },
-                                          .names = [] { return static_cast<ItemList*>(nullptr); }});
-    EXPECT_EQ(c.add("a"), 100);
-    EXPECT_EQ(c.getFirst(), 100);
-    EXPECT_EQ(c.clearAll(), 0);
-}
-
-TEST(Collection, SetByName) {
-    LeafHost h;
-    h.add("a", 1);
-    h.add("b", 2);
-    h.staging.v = 20;
-    EXPECT_EQ(h.leaves.set("b"), 0);
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{1, 20}));
-    EXPECT_EQ(h.leaves.set("nosuch"), 1);
-    h.staging.valid = false;
-    h.staging.v = 99;
-    EXPECT_EQ(h.leaves.set("a"), 1);
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{1, 20}));
-}
-
-TEST(Collection, SetAndDelWithoutNameUseTheItemLastReturned) {
-    LeafHost h;
-    for (int i = 0; i < 4; ++i) h.add(std::string(1, char('a' + i)), i);
-    h.staging.v = 100;
-    EXPECT_EQ(h.leaves.set(""), 0);  // cursor 0: the first item
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{100, 1, 2, 3}));
-    EXPECT_EQ(h.leaves.getFirst(), 0);
-    EXPECT_EQ(h.leaves.getNext(), 0);
-    EXPECT_EQ(h.leaves.getNext(), 0);  // returned "c"
-    h.staging.v = 42;
-    EXPECT_EQ(h.leaves.set(""), 0);
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{100, 1, 42, 3}));
-    EXPECT_EQ(h.leaves.del(""), 0);
-    EXPECT_EQ(h.order(), (std::vector<std::string>{"a", "b", "d"}));
-}
-
-TEST(Collection, DelAfterGetFirstDeletesTheFirst) {
-    LeafHost h;
-    h.add("a", 1);
-    h.add("b", 2);
-    EXPECT_EQ(h.leaves.getFirst(), 0);
-    EXPECT_EQ(h.leaves.del(""), 0);
-    EXPECT_EQ(h.order(), (std::vector<std::string>{"b"}));
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{2}));
-}
-
-TEST(Collection, DelByNameAndAbsent) {
-    LeafHost h;
-    EXPECT_EQ(h.leaves.del(""), 1);
-    EXPECT_EQ(h.leaves.del("a"), 1);
-    h.add("a", 1);
-    h.add("b", 2);
-    EXPECT_EQ(h.leaves.del("a"), 0);
-    EXPECT_EQ(h.leaves.del("a"), 1);
-    EXPECT_EQ(h.recordValues(), (std::vector<int>{2}));
-    EXPECT_EQ(h.add("a", 3), 0);  // the name is free again
-    EXPECT_EQ(h.order(), (std::vector<std::string>{"b", "a"}));
-}
-
-TEST(Collection, IterationAndPastTheEnd) {
-    LeafHost h;
-    EXPECT_EQ(h.leaves.getFirst(), 1);
-    for (int i = 0; i < 3; ++i) h.add("n" + std::to_string(i), i + 10);
-    std::vector<int> seen;
-    for (int r = h.leaves.getFirst(); r == 0; r = h.leaves.getNext()) seen.push_back(h.staging.v);
-    EXPECT_EQ(seen, (std::vector<int>{10, 11, 12}));
-    h.staging.v = 77;
-    EXPECT_EQ(h.leaves.getNext(), 1);
-    EXPECT_EQ(h.staging.v, 77);  // left as it was
-    EXPECT_EQ(h.leaves.cursor(), 3u);
-}
-
-TEST(Collection, DeletionDuringIterationDoesNotMoveTheCursor) {
-    LeafHost h;
-    for (int i = 0; i < 4; ++i) h.add(std::string(1, char('a' + i)), i);
-    EXPECT_EQ(h.leaves.getFirst(), 0);  // a
-    EXPECT_EQ(h.leaves.getNext(), 0);   // b, cursor 2
-    EXPECT_EQ(h.leaves.del("a"), 0);    // c and d move up one place
-    EXPECT_EQ(h.leaves.getNext(), 0);
-    EXPECT_EQ(h.staging.v, 3);  // d: c was skipped
-    EXPECT_EQ(h.leaves.getNext(), 1);
-}
-
-TEST(Collection, ClearAll) {
-    LeafHost h;
-    for (int i = 0; i < 40; ++i) h.add(std::to_string(i), i);
-    h.leaves.getFirst();
-    EXPECT_EQ(h.leaves.clearAll(), 0);
-    EXPECT_TRUE(h.names.empty());
-    EXPECT_EQ(h.records.Size(), 0u);
-    EXPECT_EQ(h.leaves.cursor(), 0u);
-    EXPECT_EQ(h.leaves.getFirst(), 1);
-    EXPECT_EQ(h.add("0", 5), 0);
-}
-
-TEST(Collection, GetOfAnItemWhoseRecordIsGoneFails) {
-    LeafHost h;
-    h.add("a", 1);
-    h.records.Clear();
-    EXPECT_EQ(h.leaves.get("a"), 1);
-    EXPECT_EQ(h.leaves.getFirst(), 1);
-}
-
-// Parents whose children keep leaves of their own.
-struct ParentHost {
-    TLeaf leafStaging;
-    TPar staging{&leafStaging};
-    hal::RecordList<EPar> records;
-    ItemList names;
-    Collection<TPar, EPar> pars;
-
-    ParentHost() : pars(&staging, {.records = [this] { return &records; }, .names = [this] { return &names; }}) {}
-
-    std::vector<std::string> leafNames() {
-        std::vector<std::string> keys;
-        staging.leafNames.forEach([&](const std::string& k, const zk::ItemEntry&) { keys.push_back(k); });
-        return keys;
-    }
-    int addLeaf(const std::string& name, int v) {
-        leafStaging.v = v;
-        return staging.leaves.add(name);
-    }
-};
-
-TEST(Collection, AddEmptiesTheChildsListsAndKeepsItsOptions) {
-    ParentHost h;
-    h.staging.x = 5;
-    h.addLeaf("l1", 1);
-    h.addLeaf("l2", 2);
-    EXPECT_EQ(h.pars.add("p1"), 0);
-    EXPECT_EQ(h.staging.x, 5);
-    EXPECT_TRUE(h.leafNames().empty());
-    EXPECT_EQ(h.staging.work.leaves.Size(), 0u);
-    const EPar* stored = h.records.At(0);
-    ASSERT_NE(stored, nullptr);
-    EXPECT_EQ(stored->x, 5);
-    EXPECT_EQ(stored->leaves.Size(), 2u);
-}
-
-TEST(Collection, DuplicateAddLeavesTheChildsListsAlone) {
-    ParentHost h;
-    h.pars.add("p1");
-    h.addLeaf("l1", 1);
-    EXPECT_EQ(h.pars.add("p1"), 1);
-    EXPECT_EQ(h.leafNames(), (std::vector<std::string>{"l1"}));
-    EXPECT_EQ(h.staging.work.leaves.Size(), 1u);
-}
-
-TEST(Collection, GetRestoresTheChildsNamesAndRecords) {
-    ParentHost h;
-    h.staging.x = 1;
-    h.addLeaf("l1", 11);
-    h.addLeaf("l2", 12);
-    h.pars.add("p1");
-    h.staging.x = 2;
-    h.addLeaf("l3", 13);
-    h.pars.add("p2");
-
-    EXPECT_EQ(h.pars.get("p1"), 0);
-    EXPECT_EQ(h.staging.x, 1);
-    EXPECT_EQ(h.leafNames(), (std::vector<std::string>{"l1", "l2"}));
-    EXPECT_EQ(h.staging.leaves.get("l2"), 0);
-    EXPECT_EQ(h.leafStaging.v, 12);
-    EXPECT_EQ(h.staging.leaves.get("l3"), 1);
-
-    // Iteration over the parents brings each one's leaves.
-    EXPECT_EQ(h.pars.getFirst(), 0);
-    EXPECT_EQ(h.pars.getNext(), 0);
-    EXPECT_EQ(h.staging.x, 2);
-    EXPECT_EQ(h.leafNames(), (std::vector<std::string>{"l3"}));
-    EXPECT_EQ(h.staging.leaves.getFirst(), 0);
-    EXPECT_EQ(h.leafStaging.v, 13);
-    EXPECT_EQ(h.staging.leaves.getNext(), 1);
-}
-
-TEST(Collection, RestoreResetsTheChildsCursor) {
-    ParentHost h;
-    h.addLeaf("l1", 1);
-    h.addLeaf("l2", 2);
-    h.pars.add("p1");
-    h.pars.get("p1");
-    h.staging.leaves.getFirst();
-    h.staging.leaves.getNext();
-    EXPECT_EQ(h.staging.leaves.cursor(), 2u);
-    h.pars.get("p1");
-    EXPECT_EQ(h.staging.leaves.cursor(), 0u);
-}
-
-TEST(Collection, SetStoresTheChildsCurrentNames) {
-    ParentHost h;
-    h.addLeaf("l1", 1);
-    h.pars.add("p1");
-    h.pars.get("p1");
-    h.addLeaf("l2", 2);
-    EXPECT_EQ(h.pars.set("p1"), 0);
-    h.staging.leaves.clearAll();
-    EXPECT_TRUE(h.leafNames().empty());
-    h.pars.get("p1");
-    EXPECT_EQ(h.leafNames(), (std::vector<std::string>{"l1", "l2"}));
-    EXPECT_EQ(h.staging.leaves.get("l2"), 0);
-    EXPECT_EQ(h.leafStaging.v, 2);
+TEST_F(Lab0, ListsArePerPortAndForgottenWithTheirPort) {
+    EXPECT_EQ(add("a", 1), 100);  // no current port
+    srv.select(1, 1, 1);
+    add("a", 1), add("b", 2), srv.items.getFirst();
+    srv.select(1, 1, 2);
+    EXPECT_EQ(add("a", 10), 0);  // the same name on another port
+    srv.select(1, 1, 1);
+    EXPECT_EQ(srv.items.getNext(), 0);  // select restarts the iteration
+    EXPECT_EQ(item.v, 1);
+    EXPECT_EQ(walk(), (Ints{1, 2}));
+    srv.select(1, 1, 2);
+    EXPECT_EQ(walk(), (Ints{10}));
+    Lab::instance().add(PortId{1, 1, 2});
+    EXPECT_TRUE(walk().empty());
+    EXPECT_EQ(add("a", 3), 0);
+    EXPECT_EQ(port(1, 1, 2).staged("rip"), R"({"Items":[{"V":3}]})");
 }
 
 }  // namespace

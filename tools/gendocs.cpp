@@ -165,8 +165,9 @@ std::string constants() {
     std::ostringstream out;
     out << "# Constants\n\n" << kGenerated;
     out << "Each constant is a global variable and a read-only element `zkConstants(<name>)`, in table order. "
-           "The unsigned ones read as their unsigned decimal text. Duplicate values and odd spellings are "
-           "deliberate.\n\n";
+           "The global variables of the unsigned ones read as unsigned decimal text; their `zkConstants` "
+           "elements are int links and read as the signed value of the same bits. Duplicate values and odd "
+           "spellings are deliberate.\n\n";
     out << "| Name | Value | Kind |\n|---|---|---|\n";
     zk::binding::forEachConstant([&](const char* name, long long value, bool isUnsigned) {
         out << "| " << code(name) << " | " << value << " | " << (isUnsigned ? "unsigned 32-bit" : "int") << " |\n";

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "core/errors.h"
-#include "core/indexed_list.h"
+#include "util/indexed_list.h"
 #include "core/object.h"
 #include "hal/basic.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "core/indexed_list.h"
+#include "util/indexed_list.h"
 
 namespace hal {
 

@@ -5,7 +5,7 @@
 #include "core/describe_collection.h"
 #include "core/parse.h"
 #include "core/port.h"
-#include "rip/common.h"
+#include "core/protocol_interface.h"
 
 namespace zk {
 // --- route range ---------------------------------------------------------

@@ -1,4 +1,4 @@
-#include "rip/common.h"
+#include "core/protocol_interface.h"
 
 #include "core/port.h"
 

@@ -179,18 +179,19 @@ std::string defaults() {
     std::ostringstream out;
     out << "# Defaults of the configuration records\n\n" << kGenerated;
     out << "Every field of every HAL configuration record with the value a default-constructed record holds, "
-           "under its JSON key (the getter's name without a leading `Get` or `Is`). Nested records appear as "
-           "dotted keys, lists as `[]`. These are the values `setDefault` copies into the options.\n\n";
+           "under its JSON key, with the note its field table gives. Nested records appear as dotted keys, "
+           "lists as `[]`. These are the values `setDefault` copies into the options.\n\n";
     const auto& records = hal::records();
     if (records.empty()) {
         out << "No configuration records are registered.\n";
         return out.str();
     }
-    out << "| Record | Field | Default |\n|---|---|---|\n";
+    out << "| Record | Field | Default | Note |\n|---|---|---|---|\n";
     for (const auto& r : records) {
+        auto docs = r.docs();
         for (const auto& [field, value] : hal::flattenFields(r.defaults()))
             out << "| " << code(r.name) << " | " << code(field.empty() ? "(value)" : field) << " | " << code(value)
-                << " |\n";
+                << " | " << docs[field] << " |\n";
     }
     return out.str();
 }

@@ -10,7 +10,8 @@ namespace zk::binding {
 namespace {
 
 struct Registration {
-    int order;
+    std::string file;
+    unsigned line;
     const char* name;
     void (*build)(ClassRecord&);
     const TypeInfo** slot;
@@ -314,16 +315,18 @@ void reportResult(Tcl_Interp* interp, int code) {
     if (code != 0) Tcl_SetVar2(interp, "zkErrorInfo", nullptr, zk::lastError().c_str(), TCL_GLOBAL_ONLY);
 }
 
-void addRegistration(int order, const char* name, void (*build)(ClassRecord&), const TypeInfo** slot) {
-    registrations().push_back({order, name, build, slot});
+void addRegistration(std::source_location where, const char* name, void (*build)(ClassRecord&),
+                     const TypeInfo** slot) {
+    registrations().push_back({where.file_name(), unsigned(where.line()), name, build, slot});
 }
 
 const std::vector<std::unique_ptr<ClassRecord>>& classes() {
     static auto* all = [] {
         auto* v = new std::vector<std::unique_ptr<ClassRecord>>;
         auto regs = registrations();
-        std::stable_sort(regs.begin(), regs.end(),
-                         [](const Registration& a, const Registration& b) { return a.order < b.order; });
+        std::sort(regs.begin(), regs.end(), [](const Registration& a, const Registration& b) {
+            return std::tie(a.file, a.line) < std::tie(b.file, b.line);
+        });
         for (const auto& reg : regs) {
             auto cls = std::make_unique<ClassRecord>();
             cls->name = reg.name;

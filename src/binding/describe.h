@@ -3,7 +3,7 @@
 // (new_, delete_, <Class>_<method>, <Class>_<option>_get/_set), their usage
 // strings, the class command and the instance command.
 //
-//   static Describe<TCLRipRouteRange> d(40, "TCLRipRouteRange", [](auto& c) {
+//   static Describe<TCLRipRouteRange> d("TCLRipRouteRange", [](auto& c) {
 //       c.constructor();
 //       c.option("enableRouteRange", &TCLRipRouteRange::enableRouteRange);
 //       c.method("setDefault", &TCLRipRouteRange::setDefault);
@@ -12,7 +12,11 @@
 
 #include <tcl.h>
 
+#include <functional>
+#include <algorithm>
+#include <initializer_list>
 #include <memory>
+#include <source_location>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -22,8 +26,10 @@
 
 #include "binding/convert.h"
 #include "binding/types.h"
+#include "core/checks.h"
 #include "core/errors.h"
 #include "core/object.h"
+#include "core/parse.h"
 
 namespace zk::binding {
 
@@ -62,6 +68,20 @@ struct MethodRecord {
     int (*call)(const MethodRecord&, Tcl_Interp*, Object*, int, Tcl_Obj* const[]) = nullptr;
 };
 
+// One check of Validate: it writes its message to the last-error text when
+// the object's options fail it.
+struct CheckRecord {
+    const AttrRecord* attr;
+    std::function<void(const Object&, Checks&)> run;
+};
+
+// How an option maps onto the class's record, each way (the record is the
+// class's Record type, passed untyped).
+struct MappingRecord {
+    std::function<void(const Object&, void*)> into;
+    std::function<void(Object&, const void*)> back;
+};
+
 struct ClassRecord {
     std::string name;
     TypeInfo* type = nullptr;
@@ -74,6 +94,8 @@ struct ClassRecord {
     std::vector<std::unique_ptr<AttrRecord>> attributes;
     std::unordered_map<std::string_view, const MethodRecord*> methodIndex;
     std::unordered_map<std::string_view, const AttrRecord*> attrIndex;
+    std::vector<CheckRecord> checks;      // in the order Validate runs them
+    std::vector<MappingRecord> mappings;  // in the order the options were declared
 
     // The class's own entries first, then those of its bases.
     const MethodRecord* findMethod(std::string_view n) const;
@@ -204,7 +226,104 @@ bool setAccessor(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v,
     return true;
 }
 
+
+// Moving an option's value into its record field and back: a switch into a
+// bool, an integer into a field as wide as the equipment keeps it, address
+// text into an address.
+template <class F, class O>
+void intoField(F& f, const O& o) {
+    if constexpr (std::is_same_v<F, O>) f = o;
+    else if constexpr (std::is_same_v<F, bool>) f = o != 0;
+    else if constexpr (std::is_same_v<F, hal::EIPAddress> && std::is_same_v<O, std::string>) f = anyAddress(o);
+    else if constexpr (requires { static_cast<F>(o); }) f = static_cast<F>(o);
+    else static_assert(sizeof(F) == 0, "no direct mapping between these types: use mapsVia");
+}
+
+template <class O, class F>
+void backFromField(O& o, const F& f) {
+    if constexpr (std::is_same_v<F, O>) o = f;
+    else if constexpr (std::is_same_v<F, hal::EIPAddress> && std::is_same_v<O, std::string>) o = f.ToString();
+    else if constexpr (requires { static_cast<O>(f); }) o = static_cast<O>(f);
+    else static_assert(sizeof(F) == 0, "no direct mapping between these types: use mapsVia");
+}
+
+// r.*p1.*p2 ... : a field of the record or of a record nested in it.
+template <class R, class P, class... Ps>
+decltype(auto) fieldAt(R& r, P p, Ps... ps) {
+    if constexpr (sizeof...(Ps) == 0) return (r.*p);
+    else return fieldAt(r.*p, ps...);
+}
+
 }  // namespace detail
+
+// What an option declares beyond its name and member: its checks and the
+// record field it maps onto.
+//
+//   c.option("routeTag", &T::routeTag).check(atLeast(0)).maps(&R::routeTag);
+//
+// A check is a predicate of the option's value or of the whole object; its
+// message defaults to "<Class>::Validate()   Invalid <option>.". Checks run
+// in declaration order unless the class gives its own (checkOrder).
+template <class T, class B, class M>
+class OptionRef {
+public:
+    OptionRef(ClassRecord& cls, AttrRecord& attr, M B::*member) : cls_(cls), attr_(attr), member_(member) {}
+
+    template <class P>
+    OptionRef& check(P good, std::string message = {}) {
+        if (message.empty()) message = cls_.name + "::Validate()   Invalid " + attr_.name + ".";
+        M B::*member = member_;
+        cls_.checks.push_back({&attr_, [good, member, message](const Object& o, Checks& c) {
+                                   const T& t = static_cast<const T&>(o);
+                                   if constexpr (std::is_invocable_r_v<bool, P, const T&>) c.that(good(t), message);
+                                   else c.that(good(t.*member), message);
+                               }});
+        return *this;
+    }
+
+    // A check that needs more than a predicate: a message built at run
+    // time, or one that ends validation at once (Checks::stop).
+    OptionRef& checkWith(std::function<void(const T&, Checks&)> run) {
+        cls_.checks.push_back({&attr_, [run](const Object& o, Checks& c) { run(static_cast<const T&>(o), c); }});
+        return *this;
+    }
+
+    // Maps the option onto a field of T::Record (a path reaches into nested
+    // records): the value goes in as it is, narrowed to the field's width.
+    template <class... P>
+    OptionRef& maps(P... path) {
+        return mapsVia([](const M& v) { return v; }, [](const auto& f) { return f; }, path...);
+    }
+
+    // The same with a conversion each way: into(option value) gives the
+    // field value, back(field value) the option value.
+    template <class Into, class Back, class... P>
+    OptionRef& mapsVia(Into into, Back back, P... path) {
+        using R = typename T::Record;
+        M B::*member = member_;
+        cls_.mappings.push_back(
+            {[=](const Object& o, void* rec) {
+                 auto& f = detail::fieldAt(*static_cast<R*>(rec), path...);
+                 detail::intoField(f, into(static_cast<const T&>(o).*member));
+             },
+             [=](Object& o, const void* rec) {
+                 const auto& f = detail::fieldAt(*static_cast<const R*>(rec), path...);
+                 detail::backFromField(static_cast<T&>(o).*member, back(f));
+             }});
+        return *this;
+    }
+
+    // Text options refused by the binding beyond this length.
+    OptionRef& maxChars(size_t n) {
+        attr_.maxLength = n;
+        return *this;
+    }
+
+private:
+    ClassRecord& cls_;
+    AttrRecord& attr_;
+    M B::*member_;
+};
 
 template <class T>
 class ClassDesc {
@@ -226,20 +345,35 @@ public:
     }
 
     template <class B, class M>
-    AttrRecord& option(const char* name, M B::*field) {
-        AttrRecord& a = readOnly(name, field);
-        a.set = &detail::setField<T, B, M>;
-        return a;
+    OptionRef<T, B, M> option(const char* name, M B::*field) {
+        OptionRef<T, B, M> o = readOnly(name, field);
+        r_.attributes.back()->set = &detail::setField<T, B, M>;
+        return o;
     }
 
     template <class B, class M>
-    AttrRecord& readOnly(const char* name, M B::*field) {
+    OptionRef<T, B, M> readOnly(const char* name, M B::*field) {
         static_assert(std::is_base_of_v<B, T>);
         AttrRecord& a = attr(name, Convert<M>::kind);
         a.access = std::make_shared<detail::Field<B, M>>(detail::Field<B, M>{field});
         a.get = &detail::getField<T, B, M>;
         a.result = &detail::fieldResult<T, B, M>;
-        return a;
+        return {r_, a, field};
+    }
+
+    // Validate runs the checks of these options first, in this order; the
+    // checks of options not named follow in declaration order.
+    void checkOrder(std::initializer_list<std::string_view> names) {
+        auto rank = [&](const CheckRecord& c) {
+            size_t i = 0;
+            for (std::string_view n : names) {
+                if (c.attr->name == n) return i;
+                ++i;
+            }
+            return i;
+        };
+        std::stable_sort(r_.checks.begin(), r_.checks.end(),
+                         [&](const CheckRecord& a, const CheckRecord& b) { return rank(a) < rank(b); });
     }
 
     // An option computed by functions rather than held in a field.
@@ -331,15 +465,18 @@ private:
     ClassRecord& r_;
 };
 
-// Registration of a description; `order` places the class in the command table.
-void addRegistration(int order, const char* name, void (*build)(ClassRecord&), const TypeInfo** slot);
+// Registration of a description. Classes enter the command table in the
+// order of their source files, and within a file in the order written, so
+// no class needs a number of its own.
+void addRegistration(std::source_location where, const char* name, void (*build)(ClassRecord&),
+                     const TypeInfo** slot);
 
 template <class T>
 struct Describe {
     using Fn = void (*)(ClassDesc<T>&);
-    Describe(int order, const char* name, Fn fn) {
+    Describe(const char* name, Fn fn, std::source_location where = std::source_location::current()) {
         describeFn() = fn;
-        addRegistration(order, name, &build, &typeSlot<T>);
+        addRegistration(where, name, &build, &typeSlot<T>);
     }
     static Fn& describeFn() {
         static Fn f = nullptr;

@@ -73,13 +73,27 @@ std::string Port::staged(std::string_view protocol) const {
     auto p = protocolFromName(protocol);
     if (!p) return "";
     const EConfigRoot* c = holder(*p).config();
-    return c ? c->ToJson().dump() : "";
+    return c ? configText(*c, -1) : "";
+}
+
+std::string Port::configText(const EConfigRoot& config, int indent) {
+    std::string text;
+    hal::JsonWriter w(text, indent);
+    config.WriteJson(w);
+    return text;
 }
 
 bool Port::send(std::string_view protocol, const hal::Json& config) {
+    return store(protocol, config.dump(), [&] { return config.dump(2); });
+}
+
+bool Port::send(std::string_view protocol, const EConfigRoot& config) {
+    return store(protocol, configText(config, -1), [&] { return configText(config, 2); });
+}
+
+bool Port::store(std::string_view protocol, std::string text, const std::function<std::string()>& pretty) {
     if (writeFails) return false;
-    std::string text = config.dump();
-    written_[std::string(protocol)] = text;
+    written_[std::string(protocol)] = std::move(text);
     Lab& lab = Lab::instance();
     if (!lab.captureDir.empty()) {
         char name[128];
@@ -87,7 +101,7 @@ bool Port::send(std::string_view protocol, const hal::Json& config) {
                       static_cast<unsigned long long>(++lab.captureSequence), id.chassis, id.card, id.port,
                       int(protocol.size()), protocol.data());
         std::ofstream out(lab.captureDir + name);
-        out << config.dump(2) << '\n';
+        out << pretty() << '\n';
     }
     return true;
 }

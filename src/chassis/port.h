@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,12 +33,7 @@ struct PortId {
     auto operator<=>(const PortId&) const = default;
 };
 
-// A protocol's configuration as the port keeps it (EOSPFServer, ERIPServer ...).
-class EConfigRoot : public hal::ERecord {
-public:
-    virtual ~EConfigRoot() = default;
-    virtual hal::Json ToJson() const = 0;
-};
+using hal::EConfigRoot;
 
 // One protocol's holder on a port: the service switches of the port
 // services and, once a protocol configures something, its configuration.
@@ -105,6 +101,7 @@ public:
     // configuration of that protocol and the capture directory gets a copy.
     // False when the port refuses every send.
     bool send(std::string_view protocol, const hal::Json& config);
+    bool send(std::string_view protocol, const EConfigRoot& config);
     std::string written(std::string_view protocol) const;
 
     // Stream generation requests the port received, in order.
@@ -116,6 +113,9 @@ public:
     std::vector<StreamRequest> streams;
 
 private:
+    static std::string configText(const EConfigRoot& config, int indent);
+    bool store(std::string_view protocol, std::string text, const std::function<std::string()>& pretty);
+
     std::array<Holder, kProtocolCount> holders_;
     std::map<std::string, std::string, std::less<>> written_;
 };

@@ -189,4 +189,39 @@ private:
     size_t cursor_ = 0;
 };
 
+// The record type a RecordList member pointer reaches.
+template <auto List>
+struct ListOf;
+template <class Parent, class Rec, hal::RecordList<Rec> Parent::*List>
+struct ListOf<List> {
+    using Record = Rec;
+};
+
+// A parent's own child list: its records live in the parent's work record
+// (Parent::work()), its names in the list itself. Declared in the parent as
+//
+//   ChildList<TCLRipRouteRange, &hal::ERIPRouter::routeRanges> routeRanges;
+//
+// and built in the parent's constructor with routeRanges(this, pRipRouteRange).
+// `ready` says whether the list may act now; a missing staging object is
+// `refused`.
+template <class Child, auto List>
+class ChildList : public Collection<Child, typename ListOf<List>::Record> {
+    using Base = Collection<Child, typename ListOf<List>::Record>;
+
+public:
+    template <class Parent>
+    ChildList(Parent* parent, Child* staging, std::function<int()> ready = [] { return int(kOk); },
+              int refused = kFail)
+        : Base(staging, {.ready = std::move(ready),
+                         .records = [parent] { return &(parent->work().*List); },
+                         .names = [this] { return &names_; },
+                         .refused = refused}) {
+        parent->adoptList(this);
+    }
+
+private:
+    ItemList names_;
+};
+
 }  // namespace zk

@@ -21,11 +21,14 @@ public:
 
     std::weak_ptr<void> token() const { return alive_; }
 
-    // The named child lists this object keeps (empty for leaf records).
-    virtual std::vector<CollectionBase*> childCollections() { return {}; }
+    // The named child lists this object keeps, in the order they were
+    // adopted (empty for leaf records).
+    const std::vector<CollectionBase*>& childCollections() const { return lists_; }
+    void adoptList(CollectionBase* list) { lists_.push_back(list); }
 
 private:
     std::shared_ptr<char> alive_ = std::make_shared<char>(0);
+    std::vector<CollectionBase*> lists_;
 };
 
 template <class T>

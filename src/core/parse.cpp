@@ -95,3 +95,12 @@ std::optional<hal::EIPAddress> ipv6Address(std::string_view s) {
 }
 
 }  // namespace zk
+
+namespace zk {
+
+hal::EIPAddress anyAddress(std::string_view s) {
+    if (auto a = ipv4Address(s)) return *a;
+    return ipv6Address(s).value_or(hal::EIPAddress{});
+}
+
+}  // namespace zk

@@ -31,5 +31,8 @@ std::optional<std::array<uint8_t, 4>> parseAdminGroup(std::string_view text);
 // HAL forms of the above.
 std::optional<hal::EIPAddress> ipv4Address(std::string_view text);
 std::optional<hal::EIPAddress> ipv6Address(std::string_view text);
+// IPv4 text as IPv4, IPv6 text as IPv6, anything else 0.0.0.0 (what an
+// option that validation refused would carry).
+hal::EIPAddress anyAddress(std::string_view text);
 
 }  // namespace zk

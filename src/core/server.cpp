@@ -12,7 +12,7 @@ int PortServer::select(int c, int d, int p) {
 int PortServer::write() {
     Port* p = usablePort();
     if (!p) return kFail;
-    return p->send(chassis::protocolName(protocol_), configOf(*p).ToJson()) ? kOk : kFail;
+    return p->send(chassis::protocolName(protocol_), configOf(*p)) ? kOk : kFail;
 }
 
 int PortServer::generateStreams(int c, int d, int p, int action) {

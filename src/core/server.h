@@ -1,5 +1,13 @@
 // What every port-level protocol server shares: select, write, stream
 // generation, and per-port named lists that survive selecting another port.
+//
+// A protocol's server derives from Server<Root>, Root being the record of
+// the protocol's whole configuration on a port (hal::ERIPServer ...), and
+// declares its lists as ServerList members:
+//
+//   class TCLRipServer : public Server<hal::ERIPServer> {
+//       ServerList<TCLRipInterfaceRouter, &hal::ERIPServer::routers> routers;
+//   };
 #pragma once
 
 #include <map>
@@ -21,22 +29,18 @@ public:
     // 0; 1 a port is missing or generation failed; 100 the given port is not available.
     int generateStreams(int chasID, int cardID, int portID, int action);
 
-protected:
-    PortServer(Protocol protocol, size_t listKinds) : protocol_(protocol), listKinds_(listKinds) {}
-
-    // The protocol's configuration on a port (the holder creates it on first use).
-    virtual chassis::EConfigRoot& configOf(Port& port) = 0;
-
     // 0 when a usable current port is selected, else 100.
     int ready() const { return usablePort() ? kOk : kNoPort; }
-    // The configuration of the current port, or null without a usable one.
-    template <class C>
-    C* config() {
-        Port* p = usablePort();
-        return p ? &static_cast<C&>(configOf(*p)) : nullptr;
-    }
     // The server's list number `kind` for the current port: the working list.
     ItemList* names(size_t kind);
+    // A number for one more per-port list.
+    size_t newListKind() { return listKinds_++; }
+
+protected:
+    explicit PortServer(Protocol protocol) : protocol_(protocol) {}
+
+    // The protocol's configuration on a port (the holder creates it on first use).
+    virtual hal::EConfigRoot& configOf(Port& port) = 0;
 
     Protocol protocol() const { return protocol_; }
 
@@ -46,8 +50,44 @@ private:
         std::vector<ItemList> lists;
     };
     Protocol protocol_;
-    size_t listKinds_;
+    size_t listKinds_ = 0;
     std::map<std::string, PortLists> perPort_;
+};
+
+template <class Root>
+class Server : public PortServer {
+public:
+    using Record = Root;  // what the server's own options map onto
+
+    // The configuration of the current port, or null without a usable one.
+    Root* config() {
+        Port* p = usablePort();
+        return p ? &static_cast<Root&>(configOf(*p)) : nullptr;
+    }
+
+protected:
+    explicit Server(Protocol protocol) : PortServer(protocol) {}
+    hal::EConfigRoot& configOf(Port& port) override { return port.holder(protocol()).template Config<Root>(); }
+};
+
+// A server's named list of one kind of child per port: the records live in
+// the current port's configuration, the names in the server's per-port lists.
+template <class Child, auto List>
+class ServerList : public Collection<Child, typename ListOf<List>::Record> {
+    using Base = Collection<Child, typename ListOf<List>::Record>;
+
+public:
+    template <class S>
+    ServerList(S* server, Child* staging)
+        : Base(staging, {.ready = [server] { return server->ready(); },
+                         .records =
+                             [server] {
+                                 auto* c = server->config();
+                                 return c ? &(c->*List) : nullptr;
+                             },
+                         .names = [server, kind = server->newListKind()] { return server->names(kind); }}) {
+        server->adoptList(this);
+    }
 };
 
 }  // namespace zk

@@ -86,4 +86,9 @@ void to_json(Json& j, const EIPAddress& a) { j = a.ToString(); }
 void to_json(Json& j, const EIPMaskedAddress& a) { j = a.ToString(); }
 void to_json(Json& j, const EComponentId& id) { j = id.GetValue(); }
 
+void writeJson(JsonWriter& w, const EBlob& b) { w.string(b.ToHex()); }
+void writeJson(JsonWriter& w, const EIPAddress& a) { w.string(a.ToString()); }
+void writeJson(JsonWriter& w, const EIPMaskedAddress& a) { w.string(a.ToString()); }
+void writeJson(JsonWriter& w, const EComponentId& id) { w.unsignedInteger(id.GetValue()); }
+
 }  // namespace hal

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "hal/fields.h"
 #include "util/indexed_list.h"
 
 namespace hal {
@@ -84,9 +85,26 @@ void to_json(Json& j, const EIPAddress& a);
 void to_json(Json& j, const EIPMaskedAddress& a);
 void to_json(Json& j, const EComponentId& id);
 
+// An unsigned field of which the equipment keeps N bits: 2^24 + 5 is 5.
+template <int N>
+class UIntBits {
+public:
+    constexpr UIntBits(uint32_t v = 0) : v_(v & kMask) {}  // NOLINT(google-explicit-constructor): a narrow number
+    constexpr operator uint32_t() const { return v_; }    // NOLINT(google-explicit-constructor)
+    friend void writeJson(JsonWriter& w, UIntBits b) { w.unsignedInteger(b.v_); }
+
+private:
+    static constexpr uint32_t kMask = N >= 32 ? ~0u : (1u << N) - 1;
+    uint32_t v_;
+};
+
+void writeJson(JsonWriter& w, const EBlob& b);
+void writeJson(JsonWriter& w, const EIPAddress& a);
+void writeJson(JsonWriter& w, const EIPMaskedAddress& a);
+void writeJson(JsonWriter& w, const EComponentId& id);
+
 // Children of a configuration record, in order of addition, keyed by the
-// identity each receives when it is added. Rec needs SetID/GetID and a
-// to_json overload.
+// identity each receives when it is added. Rec needs SetID/GetID.
 template <class Rec>
 class RecordList {
 public:
@@ -109,29 +127,59 @@ public:
     void Clear() { items_.clear(); }
     size_t Size() const { return items_.size(); }
     Rec* At(size_t pos) { return items_.at(pos).second; }
+    const Rec* At(size_t pos) const { return items_.at(pos).second; }
     template <class F>
     void ForEach(F&& f) const {
         items_.forEach([&](uint64_t, const Rec& r) { f(r); });
+    }
+
+    friend bool operator==(const RecordList& a, const RecordList& b) {
+        if (a.Size() != b.Size()) return false;
+        for (size_t i = 0; i < a.Size(); ++i)
+            if (!(*a.At(i) == *b.At(i))) return false;
+        return true;
+    }
+    friend void writeJson(JsonWriter& w, const RecordList& list) {
+        w.beginArray();
+        list.ForEach([&](const Rec& r) { writeValue(w, r); });
+        w.endArray();
     }
 
 private:
     zk::IndexedList<uint64_t, Rec> items_;
 };
 
+// Every configuration record carries an identity.
+struct ERecord {
+    EComponentId id;
+    EComponentId GetID() const { return id; }
+    void SetID(EComponentId v) { id = v; }
+    static constexpr auto fields() { return hal::fields(field("ID", &ERecord::id)); }
+};
+
+// A protocol's whole configuration on one port (ERIPServer, EOSPFServer ...),
+// as the port keeps it and sends it.
+class EConfigRoot : public ERecord {
+public:
+    virtual ~EConfigRoot() = default;
+    virtual void WriteJson(JsonWriter& w) const = 0;
+};
+
+// The root of a record type R that has a field table.
+template <class R>
+class ConfigRoot : public EConfigRoot {
+public:
+    void WriteJson(JsonWriter& w) const override { writeValue(w, static_cast<const R&>(*this)); }
+};
+
+// nlohmann's form of any record, for tests and the documentation tools.
+template <Record R>
+void to_json(Json& j, const R& r) {
+    j = Json::parse(jsonText(r));
+}
 template <class Rec>
 void to_json(Json& j, const RecordList<Rec>& list) {
-    j = Json::array();
-    list.ForEach([&](const Rec& r) { j.push_back(r); });
+    j = Json::parse(jsonText(list));
 }
-
-// Every configuration record carries an identity.
-class ERecord {
-public:
-    EComponentId GetID() const { return id_; }
-    void SetID(EComponentId id) { id_ = id; }
-
-private:
-    EComponentId id_;
-};
 
 }  // namespace hal

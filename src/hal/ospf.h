@@ -9,6 +9,7 @@
 #pragma once
 
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -19,69 +20,41 @@ namespace hal {
 
 // Link data of traffic engineering (the link TLV's sub-TLVs); bandwidths
 // are in bytes per second as on the wire.
-class ETrafficEngineeringData {
-public:
-    double GetMaxBandwidth() const { return maxBandwidth_; }
-    double GetMaxReservableBandwidth() const { return maxReservableBandwidth_; }
-    uint32_t GetMetric() const { return metric_; }
-    const EBlob& GetAdministrativeGroup() const { return adminGroup_; }
-    double GetUnreservedBandwidth(int priority) const { return unreserved_.at(size_t(priority)); }
-    const std::array<double, 8>& GetUnreservedBandwidths() const { return unreserved_; }
-
-    void SetMaxBandwidth(double v) { maxBandwidth_ = v; }
-    void SetMaxReservableBandwidth(double v) { maxReservableBandwidth_ = v; }
-    void SetMetric(uint32_t v) { metric_ = v; }
-    void SetAdministrativeGroup(const EBlob& b) { adminGroup_ = b; }
-    void SetUnreservedBandwidth(int priority, double v) { unreserved_.at(size_t(priority)) = v; }
-
-    bool operator==(const ETrafficEngineeringData&) const = default;
-
-private:
+struct ETrafficEngineeringData {
     static constexpr double kGigabit = 125000000.0;  // 1 Gbit/s in bytes per second
-    double maxBandwidth_ = kGigabit;
-    double maxReservableBandwidth_ = kGigabit;
-    uint32_t metric_ = 0;
-    EBlob adminGroup_{std::vector<uint8_t>(4, 0)};
-    std::array<double, 8> unreserved_{kGigabit, kGigabit, kGigabit, kGigabit,
-                                      kGigabit, kGigabit, kGigabit, kGigabit};
+    double maxBandwidth = kGigabit;
+    double maxReservableBandwidth = kGigabit;
+    uint32_t metric = 0;
+    EBlob adminGroup{std::vector<uint8_t>(4, 0)};
+    std::array<double, 8> unreserved{kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit};
+
+    static constexpr auto fields() {
+        using R = ETrafficEngineeringData;
+        return hal::fields(field("MaxBandwidth", &R::maxBandwidth, "bytes per second"),
+                           field("MaxReservableBandwidth", &R::maxReservableBandwidth),
+                           field("Metric", &R::metric), field("AdministrativeGroup", &R::adminGroup),
+                           field("UnreservedBandwidth", &R::unreserved, "per priority 0 to 7"));
+    }
 };
 
 // An emulated grid of routers and subnets behind an interface.
-class EOSPFNetworkRange : public ERecord {
-public:
+struct EOSPFNetworkRange : ERecord {
     // Limit key of the port: a positive key caps the count, 0 or -1 none.
-    void SetNumberOfRows(int n, int key) { rows_ = capped(n, key); }
-    void SetNumberOfCols(int n, int key) { cols_ = capped(n, key); }
-    int GetNumberOfRows() const { return rows_; }
-    int GetNumberOfCols() const { return cols_; }
-    void SetEntryPoint(int row, int col) {
-        entryRow_ = row;
-        entryCol_ = col;
-    }
-    int GetEntryPointRow() const { return entryRow_; }
-    int GetEntryPointColumn() const { return entryCol_; }
+    void SetNumberOfRows(int n, int key) { rows = capped(n, key); }
+    void SetNumberOfCols(int n, int key) { cols = capped(n, key); }
 
-    void SetFirstRouterID(const EIPAddress& a) { firstRouterId_ = a; }
-    const EIPAddress& GetFirstRouterID() const { return firstRouterId_; }
-    void SetRouterIDIncrement(uint32_t step) { routerIdStep_ = step; }
-    uint32_t GetRouterIDIncrement() const { return routerIdStep_; }
-    void SetFirstSubnetIPAddress(const EIPMaskedAddress& a) { firstSubnet_ = a; }
-    const EIPMaskedAddress& GetFirstSubnetIPAddress() const { return firstSubnet_; }
-    void SetSubnetIncrement(uint32_t step) { subnetStep_ = step; }
-    uint32_t GetSubnetIncrement() const { return subnetStep_; }
-    void SetIncrementAddressFromMask(bool v) { incrementFromMask_ = v; }
-    bool GetIncrementAddressFromMask() const { return incrementFromMask_; }
-
-    void SetLinkType(int t) { linkType_ = uint8_t(t); }
-    int GetLinkType() const { return linkType_; }
-    void SetBitField(int bits) { bits_ = uint8_t(bits); }
-    int GetBitField() const { return bits_; }
-    void SetRouterLSAAdvertiseLoopback(bool v) { loopback_ = v; }
-    bool GetRouterLSAAdvertiseLoopback() const { return loopback_; }
-    void SetTEEnabled(bool v) { teEnabled_ = v; }
-    bool IsTEEnabled() const { return teEnabled_; }
-    void SetTEConfig(const ETrafficEngineeringData& te) { te_ = te; }
-    const ETrafficEngineeringData& GetTEConfig() const { return te_; }
+    int rows = 2, cols = 2;
+    int entryRow = 1, entryCol = 1;
+    EIPAddress firstRouterId = EIPAddress::FromV4(0x0A000001);  // 10.0.0.1
+    uint32_t routerIdStep = 1;
+    EIPMaskedAddress firstSubnet{EIPAddress::FromV4(0x0A010000), 24};  // 10.1.0.0/24
+    uint32_t subnetStep = 0x100;
+    bool incrementFromMask = true;
+    uint8_t linkType = 0;  // broadcast
+    uint8_t bits = 0;
+    bool loopback = false;
+    bool teEnabled = false;
+    ETrafficEngineeringData te;
 
     // The grid: rows x columns routers, each joined to its right and lower
     // neighbour by one subnet; every router originates a router LSA and, on
@@ -89,145 +62,117 @@ public:
     // Counts beyond the range of an int are reported as its largest value.
     int CalcNoOfRouters() const { return saturated(routers()); }
     int CalcNoOfSubnets() const { return saturated(subnets()); }
-    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType_ == 0 ? subnets() : 0)); }
+    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? subnets() : 0)); }
+
+    static constexpr auto fields() {
+        using R = EOSPFNetworkRange;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("NumberOfRows", &R::rows), field("NumberOfCols", &R::cols),
+                        field("EntryPointRow", &R::entryRow), field("EntryPointColumn", &R::entryCol),
+                        field("FirstRouterID", &R::firstRouterId), field("RouterIDIncrement", &R::routerIdStep),
+                        field("FirstSubnetIPAddress", &R::firstSubnet), field("SubnetIncrement", &R::subnetStep),
+                        field("IncrementAddressFromMask", &R::incrementFromMask),
+                        field("LinkType", &R::linkType, "0 broadcast, 1 point-to-point"),
+                        field("BitField", &R::bits, "1 B bit, 2 E bit"),
+                        field("RouterLSAAdvertiseLoopback", &R::loopback), field("TEEnabled", &R::teEnabled),
+                        field("TEConfig", &R::te),
+                        computed<R>("NoOfRouters", [](const R& r) { return r.CalcNoOfRouters(); }),
+                        computed<R>("NoOfSubnets", [](const R& r) { return r.CalcNoOfSubnets(); }),
+                        computed<R>("NoOfGeneratedLSAs", [](const R& r) { return r.CalcNoOfGeneratedLSAs(); }),
+                        computed<R>("Description", [](const R& r) { return r.Description(); })));
+    }
 
 private:
+    std::string Description() const {
+        return "Auto generated " + std::to_string(rows) + " by " + std::to_string(cols) + " grid";
+    }
     static int capped(int n, int key) { return key > 0 && n > key ? key : n; }
-    long long routers() const { return (long long)rows_ * cols_; }
+    long long routers() const { return (long long)rows * cols; }
     long long subnets() const {
-        if (rows_ <= 0 || cols_ <= 0) return 0;
-        return (long long)rows_ * (cols_ - 1) + (long long)cols_ * (rows_ - 1);
+        if (rows <= 0 || cols <= 0) return 0;
+        return (long long)rows * (cols - 1) + (long long)cols * (rows - 1);
     }
     static int saturated(long long v) { return v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : int(v); }
-    int rows_ = 2, cols_ = 2;
-    int entryRow_ = 1, entryCol_ = 1;
-    EIPAddress firstRouterId_ = EIPAddress::FromV4(0x0A000001);    // 10.0.0.1
-    uint32_t routerIdStep_ = 1;
-    EIPMaskedAddress firstSubnet_{EIPAddress::FromV4(0x0A010000), 24};  // 10.1.0.0/24
-    uint32_t subnetStep_ = 0x100;
-    bool incrementFromMask_ = true;
-    uint8_t linkType_ = 0;  // broadcast
-    uint8_t bits_ = 0;
-    bool loopback_ = false;
-    bool teEnabled_ = false;
-    ETrafficEngineeringData te_;
 };
 
 // What every link-state interface has.
-class ELSInterface : public ERecord {
-public:
-    void SetEnabled(bool v) { enabled_ = v; }
-    bool IsEnabled() const { return enabled_; }
-    void SetConnectedToDUT(bool v) { connectedToDut_ = v; }
-    bool IsConnectedToDUT() const { return connectedToDut_; }
-    void SetIPAddress(const EIPAddress& a) { address_ = a; }
-    const EIPAddress& GetIPAddress() const { return address_; }
-    void SetInterfaceMask(const EIPAddress& a) { mask_ = a; }
-    const EIPAddress& GetInterfaceMask() const { return mask_; }
-    void SetMetric(int v) { metric_ = uint16_t(v); }  // an interface cost is 16 bits
-    int GetMetric() const { return metric_; }
-    void SetTEEnabled(bool v) { teEnabled_ = v; }
-    bool IsTEEnabled() const { return teEnabled_; }
-    void SetTrafficEngineering(const ETrafficEngineeringData& te) { te_ = te; }
-    const ETrafficEngineeringData& GetTrafficEngineering() const { return te_; }
-    void SetLinkType(int t) { linkType_ = uint8_t(t); }
-    int GetLinkType() const { return linkType_; }
-    void SetNeighborRouterID(const EIPAddress& a) { neighborRouterId_ = a; }
-    const EIPAddress& GetNeighborRouterID() const { return neighborRouterId_; }
-    void SetInterfaceId(int id) { interfaceId_ = id; }
-    int GetInterfaceId() const { return interfaceId_; }
-    void SetInterfaceDescription(std::string d) { interfaceDescription_ = std::move(d); }
-    const std::string& GetInterfaceDescription() const { return interfaceDescription_; }
+struct ELSInterface : ERecord {
+    bool enabled = true;
+    bool connectedToDut = true;
+    EIPAddress address;
+    EIPAddress mask = EIPAddress::FromV4(0xFFFFFF00);
+    uint16_t metric = 1;  // an interface cost is 16 bits
+    bool teEnabled = false;
+    ETrafficEngineeringData te;
+    uint8_t linkType = 2;  // transit, as on a broadcast network
+    EIPAddress neighborRouterId;
+    int interfaceId = 0;
+    std::string interfaceDescription;
 
-private:
-    bool enabled_ = true;
-    bool connectedToDut_ = true;
-    EIPAddress address_;
-    EIPAddress mask_ = EIPAddress::FromV4(0xFFFFFF00);
-    uint16_t metric_ = 1;
-    bool teEnabled_ = false;
-    ETrafficEngineeringData te_;
-    uint8_t linkType_ = 2;  // transit, as on a broadcast network
-    EIPAddress neighborRouterId_;
-    int interfaceId_ = 0;
-    std::string interfaceDescription_;
+    static constexpr auto fields() {
+        using R = ELSInterface;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("Enabled", &R::enabled), field("ConnectedToDUT", &R::connectedToDut),
+                        field("IPAddress", &R::address), field("InterfaceMask", &R::mask),
+                        field("Metric", &R::metric), field("TEEnabled", &R::teEnabled),
+                        field("TrafficEngineering", &R::te),
+                        field("LinkType", &R::linkType, "1 point-to-point, 2 transit, 3 stub, 4 virtual"),
+                        field("NeighborRouterID", &R::neighborRouterId), field("InterfaceId", &R::interfaceId),
+                        field("InterfaceDescription", &R::interfaceDescription)));
+    }
 };
 
-class EOSPFInterface : public ELSInterface {
-public:
-    void SetAreaID(uint32_t v) { area_ = v; }
-    uint32_t GetAreaID() const { return area_; }
-    void SetPriority(int v) { priority_ = uint8_t(v); }
-    int GetPriority() const { return priority_; }
-    void SetOptions(int v) { options_ = uint8_t(v); }
-    int GetOptions() const { return options_; }
-    void SetHelloInterval(int v) { hello_ = uint16_t(v); }
-    int GetHelloInterval() const { return hello_; }
-    void SetDeadInterval(uint32_t v) { dead_ = v; }
-    uint32_t GetDeadInterval() const { return dead_; }
-    void SetNetworkType(int v) { networkType_ = uint8_t(v); }
-    int GetNetworkType() const { return networkType_; }
-    void SetMTU(int v) { mtu_ = uint16_t(v); }
-    int GetMTU() const { return mtu_; }
-    void SetValidateReceivedMTUSize(bool v) { validateMtu_ = v; }
-    bool GetValidateReceivedMTUSize() const { return validateMtu_; }
-    void SetAdvertiseNetworkRange(bool v) { advertiseRange_ = v; }
-    bool GetAdvertiseNetworkRange() const { return advertiseRange_; }
-    void SetAuthenticationMethod(int v) { authMethod_ = uint8_t(v); }
-    int GetAuthenticationMethod() const { return authMethod_; }
-    void SetMD5AuthenticationKeyId(int v) { md5KeyId_ = uint8_t(v); }
-    int GetMD5AuthenticationKeyId() const { return md5KeyId_; }
-    void SetAuthenticationPassword(std::string s) { password_ = std::move(s); }
-    const std::string& GetAuthenticationPassword() const { return password_; }
-    void SetMD5AuthenticationKey(std::string s) { md5Key_ = std::move(s); }
-    const std::string& GetMD5AuthenticationKey() const { return md5Key_; }
-    void SetNeighborIPAddress(const EIPAddress& a) { neighborIp_ = a; }
-    const EIPAddress& GetNeighborIPAddress() const { return neighborIp_; }
+struct EOSPFInterface : ELSInterface {
+    uint32_t area = 0;
+    uint8_t priority = 1;
+    uint8_t options = 2;  // E bit: external routes are flooded
+    uint16_t hello = 10;
+    uint32_t dead = 40;
+    uint8_t networkType = 2;  // broadcast
+    uint16_t mtu = 1500;
+    bool validateMtu = true;
+    bool advertiseRange = false;
+    uint8_t authMethod = 0;
+    uint8_t md5KeyId = 1;
+    std::string password;
+    std::string md5Key;
+    EIPAddress neighborIp;
+    RecordList<EOSPFNetworkRange> ranges;
 
-    EComponentId AddNetworkRange(EOSPFNetworkRange r) { return ranges_.Add(std::move(r)); }
-    RecordList<EOSPFNetworkRange>& GetNetworkRangeList() { return ranges_; }
-    const RecordList<EOSPFNetworkRange>& GetNetworkRangeList() const { return ranges_; }
-
-private:
-    uint32_t area_ = 0;
-    uint8_t priority_ = 1;
-    uint8_t options_ = 2;  // E bit: external routes are flooded
-    uint16_t hello_ = 10;
-    uint32_t dead_ = 40;
-    uint8_t networkType_ = 2;  // broadcast
-    uint16_t mtu_ = 1500;
-    bool validateMtu_ = true;
-    bool advertiseRange_ = false;
-    uint8_t authMethod_ = 0;
-    uint8_t md5KeyId_ = 1;
-    std::string password_;
-    std::string md5Key_;
-    EIPAddress neighborIp_;
-    RecordList<EOSPFNetworkRange> ranges_;
+    static constexpr auto fields() {
+        using R = EOSPFInterface;
+        return std::tuple_cat(
+            ELSInterface::fields(),
+            hal::fields(field("AreaID", &R::area), field("Priority", &R::priority), field("Options", &R::options),
+                        field("HelloInterval", &R::hello, "seconds"), field("DeadInterval", &R::dead, "seconds"),
+                        field("NetworkType", &R::networkType, "1 point-to-point, 2 broadcast, 3 point-to-multipoint"),
+                        field("MTU", &R::mtu), field("ValidateReceivedMTUSize", &R::validateMtu),
+                        field("AdvertiseNetworkRange", &R::advertiseRange),
+                        field("AuthenticationMethod", &R::authMethod, "0 none, 1 password, 2 MD5"),
+                        field("MD5AuthenticationKeyId", &R::md5KeyId),
+                        field("AuthenticationPassword", &R::password), field("MD5AuthenticationKey", &R::md5Key),
+                        field("NeighborIPAddress", &R::neighborIp), field("NetworkRangeList", &R::ranges)));
+    }
 };
 
-class EOSPFRouteRange : public ERecord {
-public:
-    void SetEnabled(bool v) { enabled_ = v; }
-    bool IsEnabled() const { return enabled_; }
-    void SetOrigin(int v) { origin_ = uint8_t(v); }
-    int GetOrigin() const { return origin_; }
-    void SetMetric(uint32_t v) { metric_ = v & 0xFFFFFF; }  // summary and external metrics are 24 bits
-    uint32_t GetMetric() const { return metric_; }
-    void SetNumberOfRoutes(uint32_t v) { routes_ = v; }
-    uint32_t GetNumberOfRoutes() const { return routes_; }
-    void SetMaskWidth(int v) { maskWidth_ = uint8_t(v); }
-    int GetMaskWidth() const { return maskWidth_; }
-    void SetNetworkAddress(const EIPAddress& a) { network_ = a; }
-    const EIPAddress& GetNetworkAddress() const { return network_; }
+struct EOSPFRouteRange : ERecord {
+    bool enabled = true;
+    uint8_t origin = 0;  // another area
+    UIntBits<24> metric = 0;  // summary and external metrics are 24 bits
+    uint32_t routes = 1;
+    uint8_t maskWidth = 24;
+    EIPAddress network = EIPAddress::FromV4(0xC0000000);  // 192.0.0.0
 
-private:
-    bool enabled_ = true;
-    uint8_t origin_ = 0;  // another area
-    uint32_t metric_ = 0;
-    uint32_t routes_ = 1;
-    uint8_t maskWidth_ = 24;
-    EIPAddress network_ = EIPAddress::FromV4(0xC0000000);  // 192.0.0.0
+    static constexpr auto fields() {
+        using R = EOSPFRouteRange;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("Enabled", &R::enabled),
+                                          field("Origin", &R::origin, "0 another area, 1 external type 1, 2 type 2"),
+                                          field("Metric", &R::metric), field("NumberOfRoutes", &R::routes),
+                                          field("MaskWidth", &R::maskWidth), field("NetworkAddress", &R::network)));
+    }
 };
 
 // One link of a router LSA.
@@ -236,166 +181,120 @@ struct EOSPFRouterLink {
     EIPAddress linkId;
     EIPAddress linkData;
     int metric = 1;
-    bool operator==(const EOSPFRouterLink&) const = default;
+
+    static constexpr auto fields() {
+        using R = EOSPFRouterLink;
+        return hal::fields(field("Type", &R::type), field("LinkID", &R::linkId), field("LinkData", &R::linkData),
+                           field("Metric", &R::metric));
+    }
 };
 
 // One LSA as the router advertises it: the common header and the body of
 // its type. Fields of other types keep their defaults and are not sent.
-class EOSPFUserLSA : public ERecord {
-public:
+struct EOSPFUserLSA : ERecord {
     enum Type { kRouter = 1, kNetwork = 2, kSummaryIp = 3, kSummaryAs = 4, kExternal = 5,
                 kOpaqueLocal = 9, kOpaqueArea = 10, kOpaqueDomain = 11 };
 
-    // Header.
-    void SetType(int t) { type_ = uint8_t(t); }
-    int GetType() const { return type_; }
-    void SetLinkStateID(const EIPAddress& a) { linkStateId_ = a; }
-    const EIPAddress& GetLinkStateID() const { return linkStateId_; }
-    void SetAdvertisingRouter(const EIPAddress& a) { advertisingRouter_ = a; }
-    const EIPAddress& GetAdvertisingRouter() const { return advertisingRouter_; }
-    void SetOptions(int v) { options_ = uint8_t(v); }
-    int GetOptions() const { return options_; }
-    void SetSequenceNumber(uint32_t v) { sequence_ = v; }
-    uint32_t GetSequenceNumber() const { return sequence_; }
-    void SetAge(int v) { age_ = uint16_t(v); }
-    int GetAge() const { return age_; }
+    uint8_t type = kRouter;
+    EIPAddress linkStateId;
+    EIPAddress advertisingRouter;
+    uint8_t options = 2;
+    uint32_t sequence = 0x80000001;  // the initial sequence number
+    uint16_t age = 0;
+    uint8_t routerBits = 0;
+    std::vector<EOSPFRouterLink> links;
+    EIPAddress mask = EIPAddress::FromV4(0xFFFFFF00);
+    std::vector<EIPAddress> attached;
+    UIntBits<24> metric = 1;
+    uint8_t externalType = 1;  // type 2, the usual default for redistributed routes
+    EIPAddress forwarding;
+    uint32_t routeTag = 0;
+    uint8_t tlvType = 0;  // router address TLV
+    EIPAddress routerAddress;
+    uint8_t tlvLinkType = 1;  // point-to-point
+    EIPAddress tlvLinkId;
+    EIPAddress localIp;
+    EIPAddress remoteIp;
+    ETrafficEngineeringData te;
 
-    // Router LSA.
-    void SetRouterBits(int v) { routerBits_ = uint8_t(v); }
-    int GetRouterBits() const { return routerBits_; }
-    void SetRouterLinks(std::vector<EOSPFRouterLink> l) { links_ = std::move(l); }
-    const std::vector<EOSPFRouterLink>& GetRouterLinks() const { return links_; }
+    bool isRouter() const { return type == kRouter; }
+    bool isNetwork() const { return type == kNetwork; }
+    bool hasMask() const { return type >= kNetwork && type <= kExternal; }
+    bool hasMetric() const { return type >= kSummaryIp && type <= kExternal; }
+    bool isExternal() const { return type == kExternal; }
+    bool isOpaque() const { return type > kExternal; }
+    bool isRouterAddressTlv() const { return isOpaque() && tlvType == 0; }
+    bool isLinkTlv() const { return isOpaque() && tlvType != 0; }
 
-    // Network, summary and external LSAs.
-    void SetNetworkMask(const EIPAddress& a) { mask_ = a; }
-    const EIPAddress& GetNetworkMask() const { return mask_; }
-    void SetAttachedRouters(std::vector<EIPAddress> l) { attached_ = std::move(l); }
-    const std::vector<EIPAddress>& GetAttachedRouters() const { return attached_; }
-    void SetMetric(uint32_t v) { metric_ = v & 0xFFFFFF; }
-    uint32_t GetMetric() const { return metric_; }
-    void SetExternalMetricType(int v) { externalType_ = uint8_t(v); }
-    int GetExternalMetricType() const { return externalType_; }
-    void SetForwardingAddress(const EIPAddress& a) { forwarding_ = a; }
-    const EIPAddress& GetForwardingAddress() const { return forwarding_; }
-    void SetExternalRouteTag(uint32_t v) { routeTag_ = v; }
-    uint32_t GetExternalRouteTag() const { return routeTag_; }
-
-    // Opaque traffic-engineering LSA: a router address TLV or a link TLV.
-    void SetTlvType(int v) { tlvType_ = uint8_t(v); }
-    int GetTlvType() const { return tlvType_; }
-    void SetRouterAddress(const EIPAddress& a) { routerAddress_ = a; }
-    const EIPAddress& GetRouterAddress() const { return routerAddress_; }
-    void SetTlvLinkType(int v) { tlvLinkType_ = uint8_t(v); }
-    int GetTlvLinkType() const { return tlvLinkType_; }
-    void SetTlvLinkID(const EIPAddress& a) { tlvLinkId_ = a; }
-    const EIPAddress& GetTlvLinkID() const { return tlvLinkId_; }
-    void SetLocalIPAddress(const EIPAddress& a) { localIp_ = a; }
-    const EIPAddress& GetLocalIPAddress() const { return localIp_; }
-    void SetRemoteIPAddress(const EIPAddress& a) { remoteIp_ = a; }
-    const EIPAddress& GetRemoteIPAddress() const { return remoteIp_; }
-    void SetTrafficEngineering(const ETrafficEngineeringData& te) { te_ = te; }
-    const ETrafficEngineeringData& GetTrafficEngineering() const { return te_; }
-
-private:
-    uint8_t type_ = kRouter;
-    EIPAddress linkStateId_;
-    EIPAddress advertisingRouter_;
-    uint8_t options_ = 2;
-    uint32_t sequence_ = 0x80000001;  // the initial sequence number
-    uint16_t age_ = 0;
-    uint8_t routerBits_ = 0;
-    std::vector<EOSPFRouterLink> links_;
-    EIPAddress mask_ = EIPAddress::FromV4(0xFFFFFF00);
-    std::vector<EIPAddress> attached_;
-    uint32_t metric_ = 1;
-    uint8_t externalType_ = 1;  // type 2, the usual default for redistributed routes
-    EIPAddress forwarding_;
-    uint32_t routeTag_ = 0;
-    uint8_t tlvType_ = 0;  // router address TLV
-    EIPAddress routerAddress_;
-    uint8_t tlvLinkType_ = 1;  // point-to-point
-    EIPAddress tlvLinkId_;
-    EIPAddress localIp_;
-    EIPAddress remoteIp_;
-    ETrafficEngineeringData te_;
+    static constexpr auto fields() {
+        using R = EOSPFUserLSA;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("Type", &R::type), field("LinkStateID", &R::linkStateId),
+                        field("AdvertisingRouter", &R::advertisingRouter), field("Options", &R::options),
+                        field("SequenceNumber", &R::sequence), field("Age", &R::age),
+                        onlyIf(&R::isRouter, field("RouterBits", &R::routerBits)),
+                        onlyIf(&R::isRouter, field("RouterLinks", &R::links)),
+                        onlyIf(&R::hasMask, field("NetworkMask", &R::mask)),
+                        onlyIf(&R::isNetwork, field("AttachedRouters", &R::attached)),
+                        onlyIf(&R::hasMetric, field("Metric", &R::metric)),
+                        onlyIf(&R::isExternal, field("ExternalMetricType", &R::externalType)),
+                        onlyIf(&R::isExternal, field("ForwardingAddress", &R::forwarding)),
+                        onlyIf(&R::isExternal, field("ExternalRouteTag", &R::routeTag)),
+                        onlyIf(&R::isOpaque, field("TlvType", &R::tlvType, "0 router address, 1 link")),
+                        onlyIf(&R::isRouterAddressTlv, field("RouterAddress", &R::routerAddress)),
+                        onlyIf(&R::isLinkTlv, field("TlvLinkType", &R::tlvLinkType)),
+                        onlyIf(&R::isLinkTlv, field("TlvLinkID", &R::tlvLinkId)),
+                        onlyIf(&R::isLinkTlv, field("LocalIPAddress", &R::localIp)),
+                        onlyIf(&R::isLinkTlv, field("RemoteIPAddress", &R::remoteIp)),
+                        onlyIf(&R::isLinkTlv, field("TrafficEngineering", &R::te))));
+    }
 };
 
-class EOSPFUserLSAGroup : public ERecord {
-public:
-    void SetEnabled(bool v) { enabled_ = v; }
-    bool IsEnabled() const { return enabled_; }
-    void SetAreaID(uint32_t v) { area_ = v; }
-    uint32_t GetAreaID() const { return area_; }
-    void SetDescription(std::string d) { description_ = std::move(d); }
-    const std::string& GetDescription() const { return description_; }
-    EComponentId AddUserLSA(EOSPFUserLSA l) { return lsas_.Add(std::move(l)); }
-    RecordList<EOSPFUserLSA>& GetUserLSAList() { return lsas_; }
-    const RecordList<EOSPFUserLSA>& GetUserLSAList() const { return lsas_; }
+struct EOSPFUserLSAGroup : ERecord {
+    bool enabled = true;
+    uint32_t area = 0;
+    std::string description;
+    RecordList<EOSPFUserLSA> lsas;
 
-private:
-    bool enabled_ = true;
-    uint32_t area_ = 0;
-    std::string description_;
-    RecordList<EOSPFUserLSA> lsas_;
+    static constexpr auto fields() {
+        using R = EOSPFUserLSAGroup;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("Enabled", &R::enabled), field("AreaID", &R::area),
+                                          field("Description", &R::description), field("UserLSAList", &R::lsas)));
+    }
 };
 
-class EOSPFRouter : public ERecord {
-public:
-    void SetRouterID(const EBlob& b) { routerId_ = b; }
-    const EBlob& GetRouterID() const { return routerId_; }
-    void SetEnabled(bool v) { enabled_ = v; }
-    bool IsEnabled() const { return enabled_; }
-    void SetGenerateRouterLSA(bool v) { generateRouterLsa_ = v; }
-    bool GenerateRouterLSA() const { return generateRouterLsa_; }
-    void SetDiscardLearnedLSAs(bool v) { discardLearned_ = v; }
-    bool GetDiscardLearnedLSAs() const { return discardLearned_; }
-    void SetGracefulRestart(bool v) { gracefulRestart_ = v; }
-    bool GetGracefulRestart() const { return gracefulRestart_; }
-    void SetRebuildAdjForLSDBChange(bool v) { rebuildAdj_ = v; }
-    bool GetRebuildAdjForLSDBChange() const { return rebuildAdj_; }
+struct EOSPFRouter : ERecord {
+    EBlob routerId{std::vector<uint8_t>(4, 0)};
+    bool enabled = true;
+    bool generateRouterLsa = true;
+    bool discardLearned = false;
+    bool gracefulRestart = false;
+    bool rebuildAdj = false;
+    RecordList<EOSPFInterface> interfaces;
+    RecordList<EOSPFRouteRange> routeRanges;
+    RecordList<EOSPFUserLSAGroup> groups;
 
-    EComponentId AddInterface(EOSPFInterface i) { return interfaces_.Add(std::move(i)); }
-    EComponentId AddRouteRange(EOSPFRouteRange r) { return routeRanges_.Add(std::move(r)); }
-    EComponentId AddUserLSAGroup(EOSPFUserLSAGroup g) { return groups_.Add(std::move(g)); }
-    RecordList<EOSPFInterface>& GetInterfaceList() { return interfaces_; }
-    const RecordList<EOSPFInterface>& GetInterfaceList() const { return interfaces_; }
-    RecordList<EOSPFRouteRange>& GetRouteRangeList() { return routeRanges_; }
-    const RecordList<EOSPFRouteRange>& GetRouteRangeList() const { return routeRanges_; }
-    RecordList<EOSPFUserLSAGroup>& GetUserLSAGroupList() { return groups_; }
-    const RecordList<EOSPFUserLSAGroup>& GetUserLSAGroupList() const { return groups_; }
-
-private:
-    EBlob routerId_{std::vector<uint8_t>(4, 0)};
-    bool enabled_ = true;
-    bool generateRouterLsa_ = true;
-    bool discardLearned_ = false;
-    bool gracefulRestart_ = false;
-    bool rebuildAdj_ = false;
-    RecordList<EOSPFInterface> interfaces_;
-    RecordList<EOSPFRouteRange> routeRanges_;
-    RecordList<EOSPFUserLSAGroup> groups_;
+    static constexpr auto fields() {
+        using R = EOSPFRouter;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("RouterID", &R::routerId, "four bytes"), field("Enabled", &R::enabled),
+                        field("GenerateRouterLSA", &R::generateRouterLsa),
+                        field("DiscardLearnedLSAs", &R::discardLearned), field("GracefulRestart", &R::gracefulRestart),
+                        field("RebuildAdjForLSDBChange", &R::rebuildAdj), field("InterfaceList", &R::interfaces),
+                        field("RouteRangeList", &R::routeRanges), field("UserLSAGroupList", &R::groups)));
+    }
 };
 
 // The OSPF configuration of one port: its emulated routers.
-class EOSPFServer : public ERecord {
-public:
-    EComponentId AddRouter(EOSPFRouter r) { return routers_.Add(std::move(r)); }
-    RecordList<EOSPFRouter>& GetRouterList() { return routers_; }
-    const RecordList<EOSPFRouter>& GetRouterList() const { return routers_; }
+struct EOSPFServer : ConfigRoot<EOSPFServer> {
+    RecordList<EOSPFRouter> routers;
 
-private:
-    RecordList<EOSPFRouter> routers_;
+    static constexpr auto fields() {
+        return std::tuple_cat(ERecord::fields(), hal::fields(field("RouterList", &EOSPFServer::routers)));
+    }
 };
-
-void to_json(Json& j, const ETrafficEngineeringData& te);
-void to_json(Json& j, const EOSPFNetworkRange& r);
-void to_json(Json& j, const ELSInterface& i);
-void to_json(Json& j, const EOSPFInterface& i);
-void to_json(Json& j, const EOSPFRouteRange& r);
-void to_json(Json& j, const EOSPFRouterLink& l);
-void to_json(Json& j, const EOSPFUserLSA& l);
-void to_json(Json& j, const EOSPFUserLSAGroup& g);
-void to_json(Json& j, const EOSPFRouter& r);
-void to_json(Json& j, const EOSPFServer& s);
 
 }  // namespace hal

@@ -8,7 +8,9 @@ std::vector<RecordInfo>& all() {
 }
 }  // namespace
 
-void registerRecord(const char* name, Json (*defaults)()) { all().push_back({name, defaults}); }
+void registerRecord(const char* name, Json (*defaults)(), std::map<std::string, std::string> (*docs)()) {
+    all().push_back({name, defaults, docs});
+}
 const std::vector<RecordInfo>& records() { return all(); }
 
 }  // namespace hal

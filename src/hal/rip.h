@@ -8,212 +8,155 @@
 #include <optional>
 #include <string>
 
-#include "chassis/port.h"
 #include "hal/basic.h"
 
 namespace hal {
 
 // A block of networks a router advertises; what RIP and RIPng share.
-class EAnyIpRouteRange : public ERecord {
-public:
-    bool IsEnabled() const { return enabled_; }
-    void SetEnabled(bool v) { enabled_ = v; }
-    // The route tag is 16 bits on the wire.
-    uint16_t GetRouteTag() const { return routeTag_; }
-    void SetRouteTag(uint16_t v) { routeTag_ = v; }
-    const EIPAddress& GetNetworkNumber() const { return network_; }
-    void SetNetworkNumber(const EIPAddress& a) { network_ = a; }
-    int GetMask() const { return mask_; }  // prefix length
-    void SetMask(int v) { mask_ = v; }
-    int GetNumberOfRoutes() const { return numberOfRoutes_; }
-    void SetNumberOfRoutes(int v) { numberOfRoutes_ = v; }
-    const EIPAddress& GetNextHop() const { return nextHop_; }
-    void SetNextHop(const EIPAddress& a) { nextHop_ = a; }
+struct EAnyIpRouteRange : ERecord {
+    bool enabled = true;
+    uint16_t routeTag = 0;  // 16 bits on the wire
+    EIPAddress networkNumber;
+    int mask;  // prefix length
+    int numberOfRoutes = 1;
+    EIPAddress nextHop;  // the any-address: the router itself
+
+    static constexpr auto fields() {
+        using R = EAnyIpRouteRange;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("Enabled", &R::enabled), field("RouteTag", &R::routeTag),
+                                          field("NetworkNumber", &R::networkNumber),
+                                          field("Mask", &R::mask, "prefix length"),
+                                          field("NumberOfRoutes", &R::numberOfRoutes),
+                                          field("NextHop", &R::nextHop, "the any-address: the router itself")));
+    }
 
 protected:
-    EAnyIpRouteRange(EIPAddress anyAddress, int mask)
-        : network_(anyAddress), mask_(mask), nextHop_(anyAddress) {}
-
-private:
-    bool enabled_ = true;
-    uint16_t routeTag_ = 0;
-    EIPAddress network_;
-    int mask_;
-    int numberOfRoutes_ = 1;
-    EIPAddress nextHop_;  // the any-address: the router itself
+    EAnyIpRouteRange(EIPAddress anyAddress, int prefix) : networkNumber(anyAddress), mask(prefix), nextHop(anyAddress) {}
 };
 
-class ERIPRouteRange : public EAnyIpRouteRange {
-public:
+struct ERIPRouteRange : EAnyIpRouteRange {
     ERIPRouteRange() : EAnyIpRouteRange(EIPAddress::FromV4(0), 24) {}
-    uint32_t GetMetric() const { return metric_; }
-    void SetMetric(uint32_t v) { metric_ = v; }
+    uint32_t metric = 1;
 
-private:
-    uint32_t metric_ = 1;
+    static constexpr auto fields() {
+        return std::tuple_cat(EAnyIpRouteRange::fields(), hal::fields(field("Metric", &ERIPRouteRange::metric)));
+    }
 };
 
-class ERIPRouter : public ERecord {
-public:
-    ERIPRouter() : address_(EIPAddress::FromV4(0), 24) {}
+struct ERIPRouter : ERecord {
+    bool enabled = true;
+    EIPMaskedAddress ipAddress{EIPAddress::FromV4(0), 24};
+    int responseMode = 0;
+    int sendType = 0;
+    int receiveType = 3;
+    bool generalRequest = true;
+    bool authorization = false;
+    std::string authorizationPassword;
+    uint32_t updateInterval = 30;
+    uint32_t updateIntervalOffset = 5;
+    std::optional<int> interfaceId;
+    RecordList<ERIPRouteRange> routeRanges;
 
-    bool IsEnabled() const { return enabled_; }
-    void SetEnabled(bool v) { enabled_ = v; }
-    const EIPMaskedAddress& GetIPAddress() const { return address_; }
-    void SetIPAddress(const EIPMaskedAddress& a) { address_ = a; }
-    // 0 default, 1 split horizon, 2 poison reverse, 3 split horizon space
-    // saver, 4 silent.
-    int GetResponseMode() const { return responseMode_; }
-    void SetResponseMode(int v) { responseMode_ = v; }
-    // 0 multicast, 1 broadcast version 1, 2 broadcast version 2.
-    int GetSendType() const { return sendType_; }
-    void SetSendType(int v) { sendType_ = v; }
-    // 0 none, 1 version 1, 2 version 2, 3 both.
-    int GetReceiveType() const { return receiveType_; }
-    void SetReceiveType(int v) { receiveType_ = v; }
-    // A router asks its neighbours for their whole table when it starts.
-    bool IsGeneralRequestEnabled() const { return generalRequest_; }
-    void EnableGeneralRequest(bool v) { generalRequest_ = v; }
-    bool IsAuthorizationEnabled() const { return authorization_; }
-    void EnableAuthorization(bool v) { authorization_ = v; }
-    const std::string& GetAuthorizationPassword() const { return password_; }
-    void SetAuthorizationPassword(std::string v) { password_ = std::move(v); }
-    uint32_t GetUpdateInterval() const { return updateInterval_; }  // seconds
-    void SetUpdateInterval(uint32_t v) { updateInterval_ = v; }
-    uint32_t GetUpdateIntervalOffset() const { return updateIntervalOffset_; }  // seconds of jitter
-    void SetUpdateIntervalOffset(uint32_t v) { updateIntervalOffset_ = v; }
-    // The port's protocol interface the router runs on; none until set.
-    std::optional<int> GetInterfaceId() const { return interfaceId_; }
-    void SetInterfaceId(int v) { interfaceId_ = v; }
-    void ClearInterfaceId() { interfaceId_.reset(); }
-
-    const RecordList<ERIPRouteRange>& GetRouteRanges() const { return routeRanges_; }
-    RecordList<ERIPRouteRange>& RouteRanges() { return routeRanges_; }
-
-private:
-    bool enabled_ = true;
-    EIPMaskedAddress address_;
-    int responseMode_ = 0;
-    int sendType_ = 0;
-    int receiveType_ = 3;
-    bool generalRequest_ = true;
-    bool authorization_ = false;
-    std::string password_;
-    uint32_t updateInterval_ = 30;
-    uint32_t updateIntervalOffset_ = 5;
-    std::optional<int> interfaceId_;
-    RecordList<ERIPRouteRange> routeRanges_;
+    static constexpr auto fields() {
+        using R = ERIPRouter;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("Enabled", &R::enabled), field("IPAddress", &R::ipAddress),
+                        field("ResponseMode", &R::responseMode,
+                              "0 default, 1 split horizon, 2 poison reverse, 3 split horizon space saver, 4 silent"),
+                        field("SendType", &R::sendType, "0 multicast, 1 broadcast v1, 2 broadcast v2"),
+                        field("ReceiveType", &R::receiveType, "0 none, 1 v1, 2 v2, 3 both"),
+                        field("GeneralRequestEnabled", &R::generalRequest, "ask neighbours for their table at start"),
+                        field("AuthorizationEnabled", &R::authorization),
+                        field("AuthorizationPassword", &R::authorizationPassword),
+                        field("UpdateInterval", &R::updateInterval, "seconds"),
+                        field("UpdateIntervalOffset", &R::updateIntervalOffset, "seconds of jitter"),
+                        field("InterfaceId", &R::interfaceId, "the port's protocol interface; none until set"),
+                        field("RouteRanges", &R::routeRanges)));
+    }
 };
 
 // The RIP configuration of one port.
-class ERIPServer : public chassis::EConfigRoot {
-public:
-    const RecordList<ERIPRouter>& GetRouters() const { return routers_; }
-    RecordList<ERIPRouter>& Routers() { return routers_; }
-    Json ToJson() const override;
+struct ERIPServer : ConfigRoot<ERIPServer> {
+    RecordList<ERIPRouter> routers;
 
-private:
-    RecordList<ERIPRouter> routers_;
+    static constexpr auto fields() {
+        return std::tuple_cat(ERecord::fields(), hal::fields(field("Routers", &ERIPServer::routers)));
+    }
 };
 
-class ERIPngRouteRange : public EAnyIpRouteRange {
-public:
+struct ERIPngRouteRange : EAnyIpRouteRange {
     ERIPngRouteRange() : EAnyIpRouteRange(EIPAddress::FromV6({}), 64) {}
-    // The equipment keeps 16 bits of the metric.
-    uint16_t GetMetric() const { return metric_; }
-    void SetMetric(uint16_t v) { metric_ = v; }
-    uint32_t GetStep() const { return step_; }  // between generated prefixes
-    void SetStep(uint32_t v) { step_ = v; }
-    bool GetExcludeLoopback() const { return excludeLoopback_; }
-    void SetExcludeLoopback(bool v) { excludeLoopback_ = v; }
-    bool GetExcludeMulticast() const { return excludeMulticast_; }
-    void SetExcludeMulticast(bool v) { excludeMulticast_ = v; }
+    uint16_t metric = 1;  // the equipment keeps 16 bits
+    uint32_t step = 1;
+    bool excludeLoopback = false;
+    bool excludeMulticast = false;
 
-private:
-    uint16_t metric_ = 1;
-    uint32_t step_ = 1;
-    bool excludeLoopback_ = false;
-    bool excludeMulticast_ = false;
+    static constexpr auto fields() {
+        using R = ERIPngRouteRange;
+        return std::tuple_cat(EAnyIpRouteRange::fields(),
+                              hal::fields(field("Metric", &R::metric),
+                                          field("Step", &R::step, "between generated prefixes"),
+                                          field("ExcludeLoopback", &R::excludeLoopback),
+                                          field("ExcludeMulticast", &R::excludeMulticast)));
+    }
 };
 
-class ERIPngInterface : public ERecord {
-public:
-    bool IsEnabled() const { return enabled_; }
-    void SetEnabled(bool v) { enabled_ = v; }
-    // 0 split horizon, 1 no split horizon, 2 poison reverse.
-    int GetResponseMode() const { return responseMode_; }
-    void SetResponseMode(int v) { responseMode_ = v; }
-    // Cost added to routes learned over this interface.
-    uint32_t GetInterfaceMetric() const { return interfaceMetric_; }
-    void SetInterfaceMetric(uint32_t v) { interfaceMetric_ = v; }
-    std::optional<int> GetInterfaceId() const { return interfaceId_; }
-    void SetInterfaceId(int v) { interfaceId_ = v; }
-    void ClearInterfaceId() { interfaceId_.reset(); }
+struct ERIPngInterface : ERecord {
+    bool enabled = true;
+    int responseMode = 0;
+    uint32_t interfaceMetric = 1;
+    std::optional<int> interfaceId;
 
-private:
-    bool enabled_ = true;
-    int responseMode_ = 0;
-    uint32_t interfaceMetric_ = 1;
-    std::optional<int> interfaceId_;
+    static constexpr auto fields() {
+        using R = ERIPngInterface;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("Enabled", &R::enabled),
+                        field("ResponseMode", &R::responseMode, "0 split horizon, 1 none, 2 poison reverse"),
+                        field("InterfaceMetric", &R::interfaceMetric, "added to routes learned here"),
+                        field("InterfaceId", &R::interfaceId)));
+    }
 };
 
-class ERIPngRouter : public ERecord {
-public:
-    bool IsEnabled() const { return enabled_; }
-    void SetEnabled(bool v) { enabled_ = v; }
-    uint32_t GetRouterId() const { return routerId_; }
-    void SetRouterId(uint32_t v) { routerId_ = v; }
-    // 0 ignore received routes, 1 store them.
-    int GetReceiveType() const { return receiveType_; }
-    void SetReceiveType(int v) { receiveType_ = v; }
-    uint32_t GetUpdateInterval() const { return updateInterval_; }
-    void SetUpdateInterval(uint32_t v) { updateInterval_ = v; }
-    uint32_t GetUpdateIntervalOffset() const { return updateIntervalOffset_; }
-    void SetUpdateIntervalOffset(uint32_t v) { updateIntervalOffset_ = v; }
-    // Whether the interfaces' metrics are added to advertised routes.
-    bool IsInterfaceMetricEnabled() const { return interfaceMetric_; }
-    void EnableInterfaceMetric(bool v) { interfaceMetric_ = v; }
+struct ERIPngRouter : ERecord {
+    bool enabled = true;
+    uint32_t routerId = 0;
+    int receiveType = 1;
+    uint32_t updateInterval = 30;
+    uint32_t updateIntervalOffset = 5;
+    bool interfaceMetric = true;
+    RecordList<ERIPngRouteRange> routeRanges;
+    RecordList<ERIPngInterface> interfaces;
 
-    const RecordList<ERIPngRouteRange>& GetRouteRanges() const { return routeRanges_; }
-    RecordList<ERIPngRouteRange>& RouteRanges() { return routeRanges_; }
-    const RecordList<ERIPngInterface>& GetInterfaces() const { return interfaces_; }
-    RecordList<ERIPngInterface>& Interfaces() { return interfaces_; }
-
-private:
-    bool enabled_ = true;
-    uint32_t routerId_ = 0;
-    int receiveType_ = 1;
-    uint32_t updateInterval_ = 30;
-    uint32_t updateIntervalOffset_ = 5;
-    bool interfaceMetric_ = true;
-    RecordList<ERIPngRouteRange> routeRanges_;
-    RecordList<ERIPngInterface> interfaces_;
+    static constexpr auto fields() {
+        using R = ERIPngRouter;
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("Enabled", &R::enabled), field("RouterId", &R::routerId),
+                        field("ReceiveType", &R::receiveType, "0 ignore received routes, 1 store them"),
+                        field("UpdateInterval", &R::updateInterval),
+                        field("UpdateIntervalOffset", &R::updateIntervalOffset),
+                        field("InterfaceMetricEnabled", &R::interfaceMetric,
+                              "interface metrics are added to advertised routes"),
+                        field("RouteRanges", &R::routeRanges), field("Interfaces", &R::interfaces)));
+    }
 };
 
 // The RIPng configuration of one port. Update pacing: at most
 // NumberOfRoutes routes per TimePeriod milliseconds; 0 sends without pause.
-class ERIPngServer : public chassis::EConfigRoot {
-public:
-    uint32_t GetNumberOfRoutes() const { return numberOfRoutes_; }
-    void SetNumberOfRoutes(uint32_t v) { numberOfRoutes_ = v; }
-    uint32_t GetTimePeriod() const { return timePeriod_; }
-    void SetTimePeriod(uint32_t v) { timePeriod_ = v; }
-    const RecordList<ERIPngRouter>& GetRouters() const { return routers_; }
-    RecordList<ERIPngRouter>& Routers() { return routers_; }
-    Json ToJson() const override;
+struct ERIPngServer : ConfigRoot<ERIPngServer> {
+    uint32_t numberOfRoutes = 0;
+    uint32_t timePeriod = 0;
+    RecordList<ERIPngRouter> routers;
 
-private:
-    uint32_t numberOfRoutes_ = 0;
-    uint32_t timePeriod_ = 0;
-    RecordList<ERIPngRouter> routers_;
+    static constexpr auto fields() {
+        using R = ERIPngServer;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("NumberOfRoutes", &R::numberOfRoutes),
+                                          field("TimePeriod", &R::timePeriod), field("Routers", &R::routers)));
+    }
 };
-
-void to_json(Json& j, const ERIPRouteRange& r);
-void to_json(Json& j, const ERIPRouter& r);
-void to_json(Json& j, const ERIPServer& s);
-void to_json(Json& j, const ERIPngRouteRange& r);
-void to_json(Json& j, const ERIPngInterface& i);
-void to_json(Json& j, const ERIPngRouter& r);
-void to_json(Json& j, const ERIPngServer& s);
 
 }  // namespace hal

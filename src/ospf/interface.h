@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "chassis/replies.h"
-#include "core/object.h"
+#include "binding/staged.h"
 #include "hal/ospf.h"
 #include "ospf/ranges.h"
 #include "ospf/user_lsa.h"
@@ -20,8 +20,12 @@ namespace zk {
 struct LearnedLsaList : chassis::LearnedData {
     std::vector<hal::EOSPFUserLSA> lsas;
 };
+// What `zkchassis::learn ospfLsas` files the lists under: the kind, and per
+// list the interface address in its dotted form.
+inline constexpr const char* kOspfLsasKind = "ospfLsas";
+std::string learnedLsaKey(const std::string& ipText);
 
-class TCLOspfInterface : public Object, public TeBandwidths {
+class TCLOspfInterface : public binding::Staged<TCLOspfInterface, hal::EOSPFInterface>, public TeBandwidths {
 public:
     TCLOspfInterface(TCLOspfUserLsa* pOspfUserLsa, TCLOspfNetworkRange* pOspfNetworkRange);
 
@@ -58,17 +62,16 @@ public:
     int getFirstLearnedLsa();
     int getNextLearnedLsa();
 
-    int ToRecord(hal::EOSPFInterface& r);
     void FromRecord(const hal::EOSPFInterface& r);
+    int intoRecordRest(hal::EOSPFInterface& r);
+    void fromRecordRest(const hal::EOSPFInterface& r) { loadBandwidths(r.te); }
 
 private:
-    bool Validate();
-    void Copy(const hal::EOSPFInterface& r);
     void setPortFeatures(hal::EOSPFInterface& r) const;
+    void forgetLearned();
 
     Ref<TCLOspfUserLsa> userLsa_;
     Ref<TCLOspfNetworkRange> networkRange_;
-    hal::EOSPFInterface work_;  // the stored interface last loaded, with its network ranges
 
     // Learned LSAs: the reply to the latest request, and the list taken
     // from it by getLearnedLsaList.

@@ -7,8 +7,7 @@
 #include <array>
 #include <string>
 
-#include "binding/describe.h"
-#include "core/object.h"
+#include "binding/staged.h"
 #include "hal/ospf.h"
 
 namespace zk {
@@ -57,7 +56,7 @@ hal::EBlob adminGroupBlob(const std::string& text);         // four bytes
 // The administrative group as scripts read it back: four hex bytes, "00 00 00 0a".
 std::string adminGroupText(const hal::EBlob& group);
 
-class TCLOspfRouteRange : public Object {
+class TCLOspfRouteRange : public binding::Staged<TCLOspfRouteRange, hal::EOSPFRouteRange> {
 public:
     TCLOspfRouteRange() { setDefault(); }
 
@@ -67,16 +66,9 @@ public:
     int numberOfNetworks;
     int prefix;
     std::string networkIpAddress;
-
-    void setDefault() { FromRecord(hal::EOSPFRouteRange{}); }
-    int ToRecord(hal::EOSPFRouteRange& r);
-    void FromRecord(const hal::EOSPFRouteRange& r);
-
-private:
-    bool Validate();
 };
 
-class TCLOspfNetworkRange : public Object, public TeBandwidths {
+class TCLOspfNetworkRange : public binding::Staged<TCLOspfNetworkRange, hal::EOSPFNetworkRange>, public TeBandwidths {
 public:
     TCLOspfNetworkRange() { setDefault(); }
 
@@ -100,12 +92,10 @@ public:
     int numRouters;
     int numGeneratedLsas;
 
-    void setDefault() { FromRecord(hal::EOSPFNetworkRange{}); }
-    int ToRecord(hal::EOSPFNetworkRange& r);
-    void FromRecord(const hal::EOSPFNetworkRange& r);
+    int intoRecordRest(hal::EOSPFNetworkRange& r);
+    void fromRecordRest(const hal::EOSPFNetworkRange& r);
 
 private:
-    bool Validate();
     void setGridSize(hal::EOSPFNetworkRange& r) const;
     void loadCounts(const hal::EOSPFNetworkRange& r);
 };

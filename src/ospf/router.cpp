@@ -1,155 +1,82 @@
 #include "ospf/router.h"
 
-#include "binding/describe.h"
-#include "core/checks.h"
-#include "core/describe_collection.h"
-#include "core/parse.h"
-#include "core/port.h"
+#include "binding/collection_methods.h"
 
 namespace zk {
 
-// ---- port configuration ----
-
-hal::Json COspfServer::ToJson() const {
-    hal::Json j = server;
-    j["ID"] = GetID();  // the port's configuration carries the identity streams are generated for
-    size_t router = 0;
-    server.GetRouterList().ForEach([&](const hal::EOSPFRouter& r) {
-        size_t interface = 0;
-        r.GetInterfaceList().ForEach([&](const hal::EOSPFInterface& i) {
-            size_t range = 0;
-            i.GetNetworkRangeList().ForEach([&](const hal::EOSPFNetworkRange& n) {
-                j["RouterList"][router]["InterfaceList"][interface]["NetworkRangeList"][range++]["Description"] =
-                    formatText("Auto generated %d by %d grid", n.GetNumberOfRows(), n.GetNumberOfCols());
-            });
-            ++interface;
-        });
-        ++router;
-    });
-    return j;
-}
-
-// ---- router ----
-
-// A router's lists need no port: the router is only a record until the
-// server adds it. Every refusal is a plain failure.
 TCLOspfRouter::TCLOspfRouter(TCLOspfInterface* pOspfInterface, TCLOspfRouteRange* pOspfRouteRange,
                              TCLOspfUserLsaGroup* pOspfUserLsaGroup)
-    : interfaces(pOspfInterface, {.ready = [] { return int(kOk); },
-                                  .records = [this] { return &work_.GetInterfaceList(); },
-                                  .names = [this] { return &interfaceNames_; },
-                                  .refused = kFail}),
-      routeRanges(pOspfRouteRange, {.ready = [] { return int(kOk); },
-                                    .records = [this] { return &work_.GetRouteRangeList(); },
-                                    .names = [this] { return &routeRangeNames_; },
-                                    .refused = kFail}),
-      userLsaGroups(pOspfUserLsaGroup, {.ready = [] { return int(kOk); },
-                                        .records = [this] { return &work_.GetUserLSAGroupList(); },
-                                        .names = [this] { return &userLsaGroupNames_; },
-                                        .refused = kFail}) {
+    : interfaces(this, pOspfInterface), routeRanges(this, pOspfRouteRange), userLsaGroups(this, pOspfUserLsaGroup) {
     setDefault();
-}
-
-void TCLOspfRouter::setDefault() {
-    Copy(hal::EOSPFRouter{});
-    for (CollectionBase* c : childCollections()) c->resetCursor();
-}
-
-bool TCLOspfRouter::Validate() {
-    Checks c;
-    c.range(enable, 0, 1, "TCLOspfRouter::Validate()   Invalid enable.");
-    c.range(autoGenerateRouterLsa, 0, 1, "TCLOspfRouter::Validate()   Invalid autoGenerateRouterLsa.");
-    c.ipv4(routerId, "TCLOspfRouter::Validate()   Invalid routerId");
-    c.range(enableDiscardLearnedLsas, 0, 1, "TCLOspfRouter::Validate()   Invalid enableDiscardLearnedLsas.");
-    return c.ok();
-}
-
-int TCLOspfRouter::ToRecord(hal::EOSPFRouter& r) {
-    if (!Validate()) return kFail;
-    r = work_;
-    uint32_t id = parseIPv4(routerId).value_or(0);
-    r.SetRouterID(hal::EBlob({uint8_t(id >> 24), uint8_t(id >> 16), uint8_t(id >> 8), uint8_t(id)}));
-    r.SetEnabled(enable != 0);
-    r.SetGenerateRouterLSA(autoGenerateRouterLsa != 0);
-    r.SetDiscardLearnedLSAs(enableDiscardLearnedLsas != 0);
-    setPortFeatures(r);
-    return kOk;
 }
 
 // Graceful restart needs the port's OSPF features; elsewhere the HAL keeps
 // its defaults and a differing option is reported, without failing.
-void TCLOspfRouter::setPortFeatures(hal::EOSPFRouter& r) const {
+int TCLOspfRouter::intoRecordRest(hal::EOSPFRouter& r) {
     const hal::EOSPFRouter defaults;
     Port* port = currentPort();
     if (port && port->ospfFeatures) {
-        r.SetGracefulRestart(enableGracefulRestart != 0);
-        if (enableGracefulRestart) r.SetRebuildAdjForLSDBChange(enableRebuildAdjacency != 0);
-        return;
+        r.gracefulRestart = enableGracefulRestart != 0;
+        r.rebuildAdj = enableGracefulRestart ? enableRebuildAdjacency != 0 : work().rebuildAdj;
+        return kOk;
     }
     if (!port) {
         setLastError("TCLOspfRouter::SetOspfRouter(): Please select the port to configure port specific features");
     } else {  // VerifyDefaultSettings
-        if (enableGracefulRestart != int(defaults.GetGracefulRestart()))
+        if (enableGracefulRestart != int(defaults.gracefulRestart))
             setLastErrorf("TCLOspfRouter::SetOspfRouter():  enableGracefulRestart is not supported on port %s.",
                           portName(*port));
-        if (enableRebuildAdjacency != int(defaults.GetRebuildAdjForLSDBChange()))
+        if (enableRebuildAdjacency != int(defaults.rebuildAdj))
             setLastErrorf("TCLOspfRouter::SetOspfRouter():  enableRebuildAdjacency is not supported on port %s.",
                           portName(*port));
     }
-    r.SetGracefulRestart(defaults.GetGracefulRestart());
-    r.SetRebuildAdjForLSDBChange(defaults.GetRebuildAdjForLSDBChange());
+    r.gracefulRestart = defaults.gracefulRestart;
+    r.rebuildAdj = defaults.rebuildAdj;
+    return kOk;
 }
 
-void TCLOspfRouter::Copy(const hal::EOSPFRouter& r) {
-    const auto& b = r.GetRouterID().GetData();
+namespace {
+
+// The router ID: four bytes, written and read as a dotted address.
+hal::EBlob routerIdBytes(const std::string& text) {
+    uint32_t id = parseIPv4(text).value_or(0);
+    return hal::EBlob({uint8_t(id >> 24), uint8_t(id >> 16), uint8_t(id >> 8), uint8_t(id)});
+}
+
+std::string routerIdText(const hal::EBlob& b) {
     uint32_t id = 0;
-    for (size_t i = 0; i < 4; ++i) id = id << 8 | (i < b.size() ? b[i] : 0);
-    routerId = formatIPv4(id);
-    enable = r.IsEnabled();
-    autoGenerateRouterLsa = r.GenerateRouterLSA();
-    enableDiscardLearnedLsas = r.GetDiscardLearnedLSAs();
-    enableGracefulRestart = r.GetGracefulRestart();
-    enableRebuildAdjacency = r.GetRebuildAdjForLSDBChange();
+    for (size_t i = 0; i < 4; ++i) id = id << 8 | (i < b.GetSize() ? b.GetData()[i] : 0);
+    return formatIPv4(id);
 }
 
-void TCLOspfRouter::FromRecord(const hal::EOSPFRouter& r) {
-    work_ = r;
-    Copy(r);
-}
+}  // namespace
 
-static binding::Describe<TCLOspfRouter> describeRouter(220, "TCLOspfRouter", [](auto& c) {
+static binding::Describe<TCLOspfRouter> describeRouter("TCLOspfRouter", [](auto& c) {
     using T = TCLOspfRouter;
+    using R = hal::EOSPFRouter;
     c.template constructor<TCLOspfInterface*, TCLOspfRouteRange*, TCLOspfUserLsaGroup*>(
         "pOspfInterface", "pOspfRouteRange", "pOspfUserLsaGroup");
-    c.option("routerId", &T::routerId);
-    c.option("enable", &T::enable);
-    c.option("autoGenerateRouterLsa", &T::autoGenerateRouterLsa);
-    c.option("enableDiscardLearnedLsas", &T::enableDiscardLearnedLsas);
-    c.option("enableGracefulRestart", &T::enableGracefulRestart);
-    c.option("enableRebuildAdjacency", &T::enableRebuildAdjacency);
+    c.option("routerId", &T::routerId)
+        .check(ipv4, "TCLOspfRouter::Validate()   Invalid routerId")
+        .mapsVia(routerIdBytes, routerIdText, &R::routerId);
+    c.option("enable", &T::enable).check(boolean, "TCLOspfRouter::Validate()   Invalid enable.").maps(&R::enabled);
+    c.option("autoGenerateRouterLsa", &T::autoGenerateRouterLsa)
+        .check(boolean, "TCLOspfRouter::Validate()   Invalid autoGenerateRouterLsa.")
+        .maps(&R::generateRouterLsa);
+    c.option("enableDiscardLearnedLsas", &T::enableDiscardLearnedLsas)
+        .check(boolean, "TCLOspfRouter::Validate()   Invalid enableDiscardLearnedLsas.")
+        .maps(&R::discardLearned);
+    // Both need the port's OSPF features (intoRecordRest); read back as stored.
+    c.option("enableGracefulRestart", &T::enableGracefulRestart).maps(&R::gracefulRestart);
+    c.option("enableRebuildAdjacency", &T::enableRebuildAdjacency).maps(&R::rebuildAdj);
+    c.checkOrder({"enable", "autoGenerateRouterLsa", "routerId", "enableDiscardLearnedLsas"});
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::interfaces>(c, "Interface", "interfaceLocalId", "clearAllInterfaces");
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeLocalId", "clearAllRouteRanges");
     describeCollection<&T::userLsaGroups>(c, "UserLsaGroup", "userLsaGroupLocalId", "clearAllLsaGroups");
 });
 
-// ---- server ----
-
-TCLOspfServer::TCLOspfServer(TCLOspfRouter* pOspfRouter)
-    : PortServer(Protocol::Ospf, 1),
-      routers(pOspfRouter, {.ready = [this] { return ready(); },
-                            .records =
-                                [this] {
-                                    auto* c = config<COspfServer>();
-                                    return c ? &c->server.GetRouterList() : nullptr;
-                                },
-                            .names = [this] { return names(0); }}) {}
-
-chassis::EConfigRoot& TCLOspfServer::configOf(Port& port) {
-    return port.holder(Protocol::Ospf).Config<COspfServer>();
-}
-
-static binding::Describe<TCLOspfServer> describeServer(221, "TCLOspfServer", [](auto& c) {
+static binding::Describe<TCLOspfServer> describeServer("TCLOspfServer", [](auto& c) {
     using T = TCLOspfServer;
     c.template constructor<TCLOspfRouter*>("pOspfRouter");
     c.method("setDefault", &T::setDefault);

@@ -1,12 +1,9 @@
-// The OSPFv2 server of a port and the emulated routers it holds, and the
-// port's OSPF configuration as the chassis keeps it.
+// The OSPFv2 server of a port and the emulated routers it holds.
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "chassis/port.h"
-#include "core/collection.h"
+#include "binding/staged.h"
 #include "core/server.h"
 #include "hal/ospf.h"
 #include "ospf/interface.h"
@@ -15,15 +12,7 @@
 
 namespace zk {
 
-// The OSPF configuration of one port: the HAL server with its routers. Its
-// JSON form describes each network range by the grid it generates.
-class COspfServer : public chassis::EConfigRoot {
-public:
-    hal::EOSPFServer server;
-    hal::Json ToJson() const override;
-};
-
-class TCLOspfRouter : public Object {
+class TCLOspfRouter : public binding::Staged<TCLOspfRouter, hal::EOSPFRouter> {
 public:
     TCLOspfRouter(TCLOspfInterface* pOspfInterface, TCLOspfRouteRange* pOspfRouteRange,
                   TCLOspfUserLsaGroup* pOspfUserLsaGroup);
@@ -35,38 +24,25 @@ public:
     int enableGracefulRestart;
     int enableRebuildAdjacency;
 
-    Collection<TCLOspfInterface, hal::EOSPFInterface> interfaces;
-    Collection<TCLOspfRouteRange, hal::EOSPFRouteRange> routeRanges;
-    Collection<TCLOspfUserLsaGroup, hal::EOSPFUserLSAGroup> userLsaGroups;
+    // A router's lists need no port: the router is only a record until the
+    // server adds it. Every refusal is a plain failure.
+    ChildList<TCLOspfInterface, &hal::EOSPFRouter::interfaces> interfaces;
+    ChildList<TCLOspfRouteRange, &hal::EOSPFRouter::routeRanges> routeRanges;
+    ChildList<TCLOspfUserLsaGroup, &hal::EOSPFRouter::groups> userLsaGroups;
 
-    void setDefault();
-    int ToRecord(hal::EOSPFRouter& r);
-    void FromRecord(const hal::EOSPFRouter& r);
-    std::vector<CollectionBase*> childCollections() override { return {&interfaces, &routeRanges, &userLsaGroups}; }
-
-private:
-    bool Validate();
-    void Copy(const hal::EOSPFRouter& r);
-    void setPortFeatures(hal::EOSPFRouter& r) const;
-
-    hal::EOSPFRouter work_;  // the router's own HAL object: its interfaces, ranges and groups
-    ItemList interfaceNames_, routeRangeNames_, userLsaGroupNames_;
+    int intoRecordRest(hal::EOSPFRouter& r);
 };
 
-class TCLOspfServer : public PortServer {
+class TCLOspfServer : public Server<hal::EOSPFServer> {
 public:
-    explicit TCLOspfServer(TCLOspfRouter* pOspfRouter);
+    explicit TCLOspfServer(TCLOspfRouter* pOspfRouter) : Server(Protocol::Ospf), routers(this, pOspfRouter) {}
 
-    Collection<TCLOspfRouter, hal::EOSPFRouter> routers;
+    ServerList<TCLOspfRouter, &hal::EOSPFServer::routers> routers;
 
     void setDefault() { routers.resetCursor(); }
     // The server has no options of its own: set and get only ask for the port.
     int set() { return ready(); }
     int get() { return currentPort() ? kOk : kNoPort; }
-    std::vector<CollectionBase*> childCollections() override { return {&routers}; }
-
-protected:
-    chassis::EConfigRoot& configOf(Port& port) override;
 };
 
 }  // namespace zk

@@ -6,9 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "binding/describe.h"
-#include "core/checks.h"
-#include "core/describe_collection.h"
+#include "binding/collection_methods.h"
 #include "core/parse.h"
 
 namespace zk {
@@ -85,125 +83,78 @@ bool knownLsaType(int t) {
 
 // ---- user LSA ----
 
-bool TCLOspfUserLsa::Validate() {
-    Checks c;
-    c.that(knownLsaType(lsaType), "TCLOspfUserLsa::Validate()   Invalid lsaType");
-    c.ipv4(linkStateId, "TCLOspfUserLsa::Validate()   Invalid linkStateId");
-    c.ipv4(advertisingRouterId, "TCLOspfUserLsa::Validate()   Invalid advertisingRouterId");
-    c.range(options, 0, 255, "TCLOspfUserLsa::Validate()   Invalid options");
-    // 0x80000000 is reserved: sequence numbers run from 0x80000001 to 0x7fffffff.
-    c.that(sequenceNumber != 0x80000000u, "TCLOspfUserLsa::Validate()   Invalid sequenceNumber");
-    c.range(lsaAge, 0, 3600, "TCLOspfUserLsa::Validate()   Invalid lsaAge");
-    c.range(routerBits, 0, 7, "TCLOspfUserLsa::Validate()   Invalid routerBits");
-    c.that(routerLinkList(routerLinks).has_value(), "TCLOspfUserLsa::Validate()   Invalid routerLinks");
-    c.ipv4(networkMask, "TCLOspfUserLsa::Validate()   Invalid networkMask");
-    c.that(routerIdList(attachedRouters).has_value(), "TCLOspfUserLsa::Validate()   Invalid attachedRouters");
-    c.range(metric, 0, 0xFFFFFF, "TCLOspfUserLsa::Validate()   Invalid metric");
-    c.range(externalMetricType, 0, 1, "TCLOspfUserLsa::Validate()   Invalid externalMetricType");
-    c.ipv4(forwardingAddress, "TCLOspfUserLsa::Validate()   Invalid forwardingAddress");
-    c.range(tlvType, 0, 1, "TCLOspfUserLsa::Validate()   Invalid tlvType");
-    c.ipv4(routerAddress, "TCLOspfUserLsa::Validate()   Invalid routerAddress");
-    c.range(tlvLinkType, 1, 2, "TCLOspfUserLsa::Validate()   Invalid tlvLinkType");
-    c.ipv4(tlvLinkId, "TCLOspfUserLsa::Validate()   Invalid tlvLinkId");
-    c.ipv4(localIpAddress, "TCLOspfUserLsa::Validate()   Invalid localIpAddress");
-    c.ipv4(remoteIpAddress, "TCLOspfUserLsa::Validate()   Invalid remoteIpAddress");
-    c.notNegative(teMetric, "TCLOspfUserLsa::Validate()   Invalid teMetric");
-    c.that(parseAdminGroup(adminGroup).has_value(), "TCLOspfUserLsa::Validate()   Invalid adminGroup");
-    for (const auto& f : kFields) {
-        double v = this->*f.member;
-        if (!std::isfinite(v) || v < 0) c.fail(std::string("TCLOspfUserLsa::Validate()   Invalid ") + f.name);
-    }
-    return c.ok();
-}
-
-int TCLOspfUserLsa::ToRecord(hal::EOSPFUserLSA& r) {
-    if (!Validate()) return kFail;
-    r.SetType(lsaType);
-    r.SetLinkStateID(validAddress(linkStateId));
-    r.SetAdvertisingRouter(validAddress(advertisingRouterId));
-    r.SetOptions(options);
-    r.SetSequenceNumber(sequenceNumber);
-    r.SetAge(lsaAge);
-    r.SetRouterBits(routerBits);
-    r.SetRouterLinks(routerLinkList(routerLinks).value_or(std::vector<hal::EOSPFRouterLink>{}));
-    r.SetNetworkMask(validAddress(networkMask));
-    r.SetAttachedRouters(routerIdList(attachedRouters).value_or(std::vector<hal::EIPAddress>{}));
-    r.SetMetric(uint32_t(metric));
-    r.SetExternalMetricType(externalMetricType);
-    r.SetForwardingAddress(validAddress(forwardingAddress));
-    r.SetExternalRouteTag(externalRouteTag);
-    r.SetTlvType(tlvType);
-    r.SetRouterAddress(validAddress(routerAddress));
-    r.SetTlvLinkType(tlvLinkType);
-    r.SetTlvLinkID(validAddress(tlvLinkId));
-    r.SetLocalIPAddress(validAddress(localIpAddress));
-    r.SetRemoteIPAddress(validAddress(remoteIpAddress));
-    hal::ETrafficEngineeringData te;
-    fillBandwidths(te);
-    te.SetMetric(uint32_t(teMetric));
-    te.SetAdministrativeGroup(adminGroupBlob(adminGroup));
-    r.SetTrafficEngineering(te);
+int TCLOspfUserLsa::intoRecordRest(hal::EOSPFUserLSA& r) {
+    fillBandwidths(r.te);
     return kOk;
 }
 
-void TCLOspfUserLsa::FromRecord(const hal::EOSPFUserLSA& r) {
-    lsaType = r.GetType();
-    linkStateId = r.GetLinkStateID().ToString();
-    advertisingRouterId = r.GetAdvertisingRouter().ToString();
-    options = r.GetOptions();
-    sequenceNumber = r.GetSequenceNumber();
-    lsaAge = r.GetAge();
-    routerBits = r.GetRouterBits();
-    routerLinks.clear();
-    for (const auto& l : r.GetRouterLinks())
-        routerLinks += formatText("%s{%d %s %s %d}", routerLinks.empty() ? "" : " ", l.type,
-                                  l.linkId.ToString().c_str(), l.linkData.ToString().c_str(), l.metric);
-    networkMask = r.GetNetworkMask().ToString();
-    attachedRouters.clear();
-    for (const auto& a : r.GetAttachedRouters()) attachedRouters += (attachedRouters.empty() ? "" : " ") + a.ToString();
-    metric = int(r.GetMetric());
-    externalMetricType = r.GetExternalMetricType();
-    forwardingAddress = r.GetForwardingAddress().ToString();
-    externalRouteTag = r.GetExternalRouteTag();
-    tlvType = r.GetTlvType();
-    routerAddress = r.GetRouterAddress().ToString();
-    tlvLinkType = r.GetTlvLinkType();
-    tlvLinkId = r.GetTlvLinkID().ToString();
-    localIpAddress = r.GetLocalIPAddress().ToString();
-    remoteIpAddress = r.GetRemoteIPAddress().ToString();
-    const hal::ETrafficEngineeringData& te = r.GetTrafficEngineering();
-    teMetric = int(te.GetMetric());
-    adminGroup = adminGroupText(te.GetAdministrativeGroup());
-    loadBandwidths(te);
+void TCLOspfUserLsa::fromRecordRest(const hal::EOSPFUserLSA& r) { loadBandwidths(r.te); }
+
+namespace {
+
+std::string routerLinksText(const std::vector<hal::EOSPFRouterLink>& links) {
+    std::string text;
+    for (const auto& l : links)
+        text += formatText("%s{%d %s %s %d}", text.empty() ? "" : " ", l.type, l.linkId.ToString().c_str(),
+                           l.linkData.ToString().c_str(), l.metric);
+    return text;
 }
 
-static binding::Describe<TCLOspfUserLsa> describeUserLsa(202, "TCLOspfUserLsa", [](auto& c) {
+std::string routerIdsText(const std::vector<hal::EIPAddress>& ids) {
+    std::string text;
+    for (const auto& a : ids) text += (text.empty() ? "" : " ") + a.ToString();
+    return text;
+}
+
+}  // namespace
+
+static binding::Describe<TCLOspfUserLsa> describeUserLsa("TCLOspfUserLsa", [](auto& c) {
     using T = TCLOspfUserLsa;
+    using R = hal::EOSPFUserLSA;
+    using TE = hal::ETrafficEngineeringData;
+    const std::string invalid = "TCLOspfUserLsa::Validate()   Invalid ";
     c.constructor();
-    c.option("lsaType", &T::lsaType);
-    c.option("linkStateId", &T::linkStateId);
-    c.option("advertisingRouterId", &T::advertisingRouterId);
-    c.option("options", &T::options);
-    c.option("sequenceNumber", &T::sequenceNumber);
-    c.option("lsaAge", &T::lsaAge);
-    c.option("routerBits", &T::routerBits);
-    c.option("routerLinks", &T::routerLinks);
-    c.option("networkMask", &T::networkMask);
-    c.option("attachedRouters", &T::attachedRouters);
-    c.option("metric", &T::metric);
-    c.option("externalMetricType", &T::externalMetricType);
-    c.option("forwardingAddress", &T::forwardingAddress);
-    c.option("externalRouteTag", &T::externalRouteTag);
-    c.option("tlvType", &T::tlvType);
-    c.option("routerAddress", &T::routerAddress);
-    c.option("tlvLinkType", &T::tlvLinkType);
-    c.option("tlvLinkId", &T::tlvLinkId);
-    c.option("localIpAddress", &T::localIpAddress);
-    c.option("remoteIpAddress", &T::remoteIpAddress);
-    c.option("teMetric", &T::teMetric);
-    c.option("adminGroup", &T::adminGroup);
-    describeMaxBandwidths(c, true);
-    describeUnreservedBandwidths(c, true);
+    c.option("lsaType", &T::lsaType).check(knownLsaType, invalid + "lsaType").maps(&R::type);
+    c.option("linkStateId", &T::linkStateId).check(ipv4, invalid + "linkStateId").maps(&R::linkStateId);
+    c.option("advertisingRouterId", &T::advertisingRouterId)
+        .check(ipv4, invalid + "advertisingRouterId")
+        .maps(&R::advertisingRouter);
+    c.option("options", &T::options).check(range(0, 255), invalid + "options").maps(&R::options);
+    // 0x80000000 is reserved: sequence numbers run from 0x80000001 to 0x7fffffff.
+    c.option("sequenceNumber", &T::sequenceNumber)
+        .check([](unsigned v) { return v != 0x80000000u; }, invalid + "sequenceNumber")
+        .maps(&R::sequence);
+    c.option("lsaAge", &T::lsaAge).check(range(0, 3600), invalid + "lsaAge").maps(&R::age);
+    c.option("routerBits", &T::routerBits).check(range(0, 7), invalid + "routerBits").maps(&R::routerBits);
+    c.option("routerLinks", &T::routerLinks)
+        .check([](const std::string& s) { return routerLinkList(s).has_value(); }, invalid + "routerLinks")
+        .mapsVia([](const std::string& s) { return routerLinkList(s).value_or(std::vector<hal::EOSPFRouterLink>{}); },
+                 routerLinksText, &R::links);
+    c.option("networkMask", &T::networkMask).check(ipv4, invalid + "networkMask").maps(&R::mask);
+    c.option("attachedRouters", &T::attachedRouters)
+        .check([](const std::string& s) { return routerIdList(s).has_value(); }, invalid + "attachedRouters")
+        .mapsVia([](const std::string& s) { return routerIdList(s).value_or(std::vector<hal::EIPAddress>{}); },
+                 routerIdsText, &R::attached);
+    c.option("metric", &T::metric).check(range(0, 0xFFFFFF), invalid + "metric").maps(&R::metric);
+    c.option("externalMetricType", &T::externalMetricType)
+        .check(boolean, invalid + "externalMetricType")
+        .maps(&R::externalType);
+    c.option("forwardingAddress", &T::forwardingAddress)
+        .check(ipv4, invalid + "forwardingAddress")
+        .maps(&R::forwarding);
+    c.option("externalRouteTag", &T::externalRouteTag).maps(&R::routeTag);
+    c.option("tlvType", &T::tlvType).check(boolean, invalid + "tlvType").maps(&R::tlvType);
+    c.option("routerAddress", &T::routerAddress).check(ipv4, invalid + "routerAddress").maps(&R::routerAddress);
+    c.option("tlvLinkType", &T::tlvLinkType).check(range(1, 2), invalid + "tlvLinkType").maps(&R::tlvLinkType);
+    c.option("tlvLinkId", &T::tlvLinkId).check(ipv4, invalid + "tlvLinkId").maps(&R::tlvLinkId);
+    c.option("localIpAddress", &T::localIpAddress).check(ipv4, invalid + "localIpAddress").maps(&R::localIp);
+    c.option("remoteIpAddress", &T::remoteIpAddress).check(ipv4, invalid + "remoteIpAddress").maps(&R::remoteIp);
+    c.option("teMetric", &T::teMetric).check(atLeast(0), invalid + "teMetric").maps(&R::te, &TE::metric);
+    c.option("adminGroup", &T::adminGroup)
+        .check([](const std::string& s) { return parseAdminGroup(s).has_value(); }, invalid + "adminGroup")
+        .mapsVia(adminGroupBlob, adminGroupText, &R::te, &TE::adminGroup);
+    for (const auto& f : TeBandwidths::kFields)  // bytes per second: finite and not negative
+        c.option(f.name, f.member).check([](double v) { return std::isfinite(v) && v >= 0; }, invalid + f.name);
     c.method("setDefault", &T::setDefault);
 });
 
@@ -211,51 +162,15 @@ static binding::Describe<TCLOspfUserLsa> describeUserLsa(202, "TCLOspfUserLsa", 
 
 // Adding an LSA to a group needs no port: the group is only a record until
 // its router is added to a server.
-TCLOspfUserLsaGroup::TCLOspfUserLsaGroup(TCLOspfUserLsa* pOspfUserLsa)
-    : userLsas(pOspfUserLsa, {.ready = [] { return int(kOk); },
-                              .records = [this] { return &work_.GetUserLSAList(); },
-                              .names = [this] { return &userLsaNames_; },
-                              .refused = kFail}) {
-    setDefault();
-}
+TCLOspfUserLsaGroup::TCLOspfUserLsaGroup(TCLOspfUserLsa* pOspfUserLsa) : userLsas(this, pOspfUserLsa) { setDefault(); }
 
-void TCLOspfUserLsaGroup::setDefault() {
-    hal::EOSPFUserLSAGroup fresh;
-    enable = fresh.IsEnabled();
-    areaId = int(fresh.GetAreaID());
-    description = fresh.GetDescription();
-    userLsas.resetCursor();
-}
-
-bool TCLOspfUserLsaGroup::Validate() {
-    Checks c;
-    c.range(enable, 0, 1, "TCLOspfUserLsaGroup::Validate()   Invalid enable.");
-    c.notNegative(areaId, "TCLOspfUserLsaGroup::Validate()   Invalid areaId");
-    return c.ok();
-}
-
-int TCLOspfUserLsaGroup::ToRecord(hal::EOSPFUserLSAGroup& r) {
-    if (!Validate()) return kFail;
-    r = work_;
-    r.SetEnabled(enable != 0);
-    r.SetAreaID(uint32_t(areaId));
-    r.SetDescription(description);
-    return kOk;
-}
-
-void TCLOspfUserLsaGroup::FromRecord(const hal::EOSPFUserLSAGroup& r) {
-    work_ = r;
-    enable = r.IsEnabled();
-    areaId = int(r.GetAreaID());
-    description = r.GetDescription();
-}
-
-static binding::Describe<TCLOspfUserLsaGroup> describeUserLsaGroup(203, "TCLOspfUserLsaGroup", [](auto& c) {
+static binding::Describe<TCLOspfUserLsaGroup> describeUserLsaGroup("TCLOspfUserLsaGroup", [](auto& c) {
     using T = TCLOspfUserLsaGroup;
+    using R = hal::EOSPFUserLSAGroup;
     c.template constructor<TCLOspfUserLsa*>(binding::optional("pOspfUserLsa"));  // without one the group holds no LSAs
-    c.option("enable", &T::enable);
-    c.option("areaId", &T::areaId);
-    c.option("description", &T::description);
+    c.option("enable", &T::enable).check(boolean, "TCLOspfUserLsaGroup::Validate()   Invalid enable.").maps(&R::enabled);
+    c.option("areaId", &T::areaId).check(atLeast(0), "TCLOspfUserLsaGroup::Validate()   Invalid areaId").maps(&R::area);
+    c.option("description", &T::description).maps(&R::description);
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::userLsas>(c, "UserLsa", "userLsaLocalId", "clearAllUserLsas");
 });

@@ -5,14 +5,14 @@
 
 #include <string>
 
+#include "binding/staged.h"
 #include "core/collection.h"
-#include "core/object.h"
 #include "hal/ospf.h"
 #include "ospf/ranges.h"
 
 namespace zk {
 
-class TCLOspfUserLsa : public Object, public TeBandwidths {
+class TCLOspfUserLsa : public binding::Staged<TCLOspfUserLsa, hal::EOSPFUserLSA>, public TeBandwidths {
 public:
     TCLOspfUserLsa() { setDefault(); }
 
@@ -44,15 +44,11 @@ public:
     int teMetric;
     std::string adminGroup;
 
-    void setDefault() { FromRecord(hal::EOSPFUserLSA{}); }
-    int ToRecord(hal::EOSPFUserLSA& r);
-    void FromRecord(const hal::EOSPFUserLSA& r);
-
-private:
-    bool Validate();
+    int intoRecordRest(hal::EOSPFUserLSA& r);
+    void fromRecordRest(const hal::EOSPFUserLSA& r);
 };
 
-class TCLOspfUserLsaGroup : public Object {
+class TCLOspfUserLsaGroup : public binding::Staged<TCLOspfUserLsaGroup, hal::EOSPFUserLSAGroup> {
 public:
     explicit TCLOspfUserLsaGroup(TCLOspfUserLsa* pOspfUserLsa);
 
@@ -60,17 +56,7 @@ public:
     int areaId;
     std::string description;
 
-    Collection<TCLOspfUserLsa, hal::EOSPFUserLSA> userLsas;
-
-    void setDefault();
-    int ToRecord(hal::EOSPFUserLSAGroup& r);
-    void FromRecord(const hal::EOSPFUserLSAGroup& r);
-    std::vector<CollectionBase*> childCollections() override { return {&userLsas}; }
-
-private:
-    bool Validate();
-    hal::EOSPFUserLSAGroup work_;
-    ItemList userLsaNames_;
+    ChildList<TCLOspfUserLsa, &hal::EOSPFUserLSAGroup::lsas> userLsas;
 };
 
 }  // namespace zk

@@ -3,15 +3,14 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "core/collection.h"
+#include "binding/staged.h"
 #include "core/server.h"
 #include "hal/rip.h"
 
 namespace zk {
 
-class TCLRipRouteRange : public Object {
+class TCLRipRouteRange : public binding::Staged<TCLRipRouteRange, hal::ERIPRouteRange> {
 public:
     TCLRipRouteRange() { setDefault(); }
 
@@ -22,17 +21,9 @@ public:
     int numberOfNetworks;
     std::string nextHop;
     int metric;
-
-    void setDefault();
-
-    int ToRecord(hal::ERIPRouteRange& r);
-    void FromRecord(const hal::ERIPRouteRange& r);
-
-private:
-    bool Validate();
 };
 
-class TCLRipInterfaceRouter : public Object {
+class TCLRipInterfaceRouter : public binding::Staged<TCLRipInterfaceRouter, hal::ERIPRouter> {
 public:
     explicit TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange);
 
@@ -48,35 +39,20 @@ public:
     std::string authorizationPassword;
     std::string protocolInterfaceDescription;
 
-    Collection<TCLRipRouteRange, hal::ERIPRouteRange> routeRanges;
+    ChildList<TCLRipRouteRange, &hal::ERIPRouter::routeRanges> routeRanges;
 
     void setDefault();
-    std::vector<CollectionBase*> childCollections() override { return {&routeRanges}; }
-
-    int ToRecord(hal::ERIPRouter& r);
-    void FromRecord(const hal::ERIPRouter& r);
-
-private:
-    bool Validate();
-    void loadOptions(const hal::ERIPRouter& r);
-
-    int enableGeneralRequest;  // not an option: the HAL default, validated and sent
-    hal::ERIPRouter work;      // holds the route ranges added so far
-    ItemList routeRangeNames;
+    int intoRecordRest(hal::ERIPRouter& r);
+    void fromRecordRest(const hal::ERIPRouter& r);
 };
 
 // All RIP configuration lives in the routers; the server only keeps them
 // per port.
-class TCLRipServer : public PortServer {
+class TCLRipServer : public Server<hal::ERIPServer> {
 public:
-    explicit TCLRipServer(TCLRipInterfaceRouter* pRipRouter);
+    explicit TCLRipServer(TCLRipInterfaceRouter* pRipRouter) : Server(Protocol::Rip), routers(this, pRipRouter) {}
 
-    Collection<TCLRipInterfaceRouter, hal::ERIPRouter> routers;
-
-    std::vector<CollectionBase*> childCollections() override { return {&routers}; }
-
-protected:
-    chassis::EConfigRoot& configOf(Port& port) override;
+    ServerList<TCLRipInterfaceRouter, &hal::ERIPServer::routers> routers;
 };
 
 }  // namespace zk

@@ -4,15 +4,14 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "core/collection.h"
+#include "binding/staged.h"
 #include "core/server.h"
 #include "hal/rip.h"
 
 namespace zk {
 
-class TCLRipngRouteRange : public Object {
+class TCLRipngRouteRange : public binding::Staged<TCLRipngRouteRange, hal::ERIPngRouteRange> {
 public:
     TCLRipngRouteRange() { setDefault(); }
 
@@ -26,17 +25,9 @@ public:
     int metric;
     int enableIncludeLoopback;
     int enableIncludeMulticast;
-
-    void setDefault();
-
-    int ToRecord(hal::ERIPngRouteRange& r);
-    void FromRecord(const hal::ERIPngRouteRange& r);
-
-private:
-    bool Validate();
 };
 
-class TCLRipngInterface : public Object {
+class TCLRipngInterface : public binding::Staged<TCLRipngInterface, hal::ERIPngInterface> {
 public:
     TCLRipngInterface() { setDefault(); }
 
@@ -45,19 +36,12 @@ public:
     int interfaceMetric;
     std::string protocolInterfaceDescription;
 
-    void setDefault();
-
-    int ToRecord(hal::ERIPngInterface& r);
-    void FromRecord(const hal::ERIPngInterface& r);
-
-private:
-    bool Validate();
-    void loadOptions(const hal::ERIPngInterface& r);
-
-    hal::ERIPngInterface work;  // keeps the interface id a description did not match
+    void setDefault() { FromRecord(hal::ERIPngInterface{}); }
+    int intoRecordRest(hal::ERIPngInterface& r);
+    void fromRecordRest(const hal::ERIPngInterface& r);
 };
 
-class TCLRipngRouter : public Object {
+class TCLRipngRouter : public binding::Staged<TCLRipngRouter, hal::ERIPngRouter> {
 public:
     TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInterface* pRipngInterface);
 
@@ -68,44 +52,22 @@ public:
     int updateIntervalOffset;
     int enableInterfaceMetric;
 
-    Collection<TCLRipngRouteRange, hal::ERIPngRouteRange> routeRanges;
-    Collection<TCLRipngInterface, hal::ERIPngInterface> interfaces;
-
-    void setDefault();
-    std::vector<CollectionBase*> childCollections() override { return {&routeRanges, &interfaces}; }
-
-    int ToRecord(hal::ERIPngRouter& r);
-    void FromRecord(const hal::ERIPngRouter& r);
-
-private:
-    bool Validate();
-    int Set(hal::ERIPngRouter& r);
-    void loadOptions(const hal::ERIPngRouter& r);
-
-    hal::ERIPngRouter work;  // holds the route ranges and interfaces added so far
-    ItemList routeRangeNames, interfaceNames;
+    ChildList<TCLRipngRouteRange, &hal::ERIPngRouter::routeRanges> routeRanges;
+    ChildList<TCLRipngInterface, &hal::ERIPngRouter::interfaces> interfaces;
 };
 
-class TCLRipngServer : public PortServer {
+class TCLRipngServer : public Server<hal::ERIPngServer> {
 public:
     explicit TCLRipngServer(TCLRipngRouter* pRipngRouter);
 
     int numRoutes;
     int timePeriod;
 
-    Collection<TCLRipngRouter, hal::ERIPngRouter> routers;
+    ServerList<TCLRipngRouter, &hal::ERIPngServer::routers> routers;
 
     void setDefault();
     int set();
     int get();
-
-    std::vector<CollectionBase*> childCollections() override { return {&routers}; }
-
-protected:
-    chassis::EConfigRoot& configOf(Port& port) override;
-
-private:
-    bool Validate();
 };
 
 }  // namespace zk

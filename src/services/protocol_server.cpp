@@ -107,7 +107,7 @@ int TCLProtocolServer::write(int c, int d, int p) {
     return kOk;
 }
 
-static binding::Describe<TCLProtocolServer> describeProtocolServer(10, "TCLProtocolServer", [](auto& c) {
+static binding::Describe<TCLProtocolServer> describeProtocolServer("TCLProtocolServer", [](auto& c) {
     using T = TCLProtocolServer;
     c.constructor();
     c.option("enableArpResponse", &T::enableArpResponse);
@@ -134,8 +134,8 @@ static binding::Describe<TCLProtocolServer> describeProtocolServer(10, "TCLProto
     c.option("pingServerEnable", &T::pingServerEnable);
     c.option("repeatCount", &T::repeatCount);
     c.option("rate", &T::rate);
-    c.option("MacAddress", &T::MacAddress).maxLength = 63;
-    c.option("IpAddress", &T::IpAddress).maxLength = 63;
+    c.option("MacAddress", &T::MacAddress).maxChars(63);
+    c.option("IpAddress", &T::IpAddress).maxChars(63);
     c.option("count", &T::count);
     c.option("mapType", &T::mapType);
     c.method("setDefault", &T::setDefault);

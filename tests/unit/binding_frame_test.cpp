@@ -32,13 +32,13 @@ struct TSampleParent : zk::Object {
     int staged() { return staging ? staging.get()->own : -1; }
 };
 
-zk::binding::Describe<TSampleBase> describeBase(9001, "TSampleBase", [](auto& c) {
+zk::binding::Describe<TSampleBase> describeBase("TSampleBase", [](auto& c) {
     c.constructor();
     c.option("baseValue", &TSampleBase::baseValue);
     c.readOnly("ro", &TSampleBase::ro);
     c.method("baseMethod", &TSampleBase::baseMethod);
 });
-zk::binding::Describe<TSampleDerived> describeDerived(9002, "TSampleDerived", [](auto& c) {
+zk::binding::Describe<TSampleDerived> describeDerived("TSampleDerived", [](auto& c) {
     using T = TSampleDerived;
     c.template base<TSampleBase>();
     c.constructor();
@@ -48,7 +48,7 @@ zk::binding::Describe<TSampleDerived> describeDerived(9002, "TSampleDerived", []
     c.method("add", &T::add, "a", zk::binding::optional("b"));
     c.method("greet", &T::greet, "who"); c.method("biggest", &T::biggest);
 });
-zk::binding::Describe<TSampleParent> describeParent(9003, "TSampleParent", [](auto& c) {
+zk::binding::Describe<TSampleParent> describeParent("TSampleParent", [](auto& c) {
     c.template constructor<TSampleDerived*>("pDerived");
     c.method("staged", &TSampleParent::staged);
 });

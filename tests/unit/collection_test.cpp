@@ -48,12 +48,13 @@ struct TLeaf : zk::Object {
     void FromRecord(const ELeaf& r) { v = r.v; }
 };
 struct TPar : zk::Object {
-    explicit TPar(TLeaf* l) : leaves(l, {.records = [this] { return &work.leaves; }, .names = [this] { return &names; }}) {}
+    explicit TPar(TLeaf* l) : leaves(l, {.records = [this] { return &work.leaves; }, .names = [this] { return &names; }}) {
+        adoptList(&leaves);
+    }
     int x = 0;
     EPar work;
     ItemList names;
     Collection<TLeaf, ELeaf> leaves;
-    std::vector<zk::CollectionBase*> childCollections() override { return {&leaves}; }
     int ToRecord(EPar& r) { return r = work, r.x = x, 0; }
     void FromRecord(const EPar& r) { work = r, x = r.x; }
 };
@@ -185,26 +186,22 @@ TEST(Collection, ParentsCarryTheirChildsLeaves) {
     EXPECT_EQ(leaf.v, 13);
 }
 
-struct EItem : hal::ERecord { int v = 0; };
-void to_json(hal::Json& j, const EItem& r) { j = {{"V", r.v}}; }
-struct ESrv : chassis::EConfigRoot {
+struct EItem : hal::ERecord {
+    int v = 0;
+    static constexpr auto fields() { return hal::fields(hal::field("V", &EItem::v)); }
+};
+struct ESrv : hal::ConfigRoot<ESrv> {
     hal::RecordList<EItem> items;
-    hal::Json ToJson() const override { return {{"Items", items}}; }
+    static constexpr auto fields() { return hal::fields(hal::field("Items", &ESrv::items)); }
 };
 struct TItem : zk::Object {
     int v = 0;
     int ToRecord(EItem& r) { return r.v = v, 0; }
     void FromRecord(const EItem& r) { v = r.v; }
 };
-struct TSrv : zk::PortServer {
-    explicit TSrv(TItem* staging)
-        : PortServer(Protocol::Rip, 1),
-          items(staging, {.ready = [this] { return ready(); },
-                          .records = [this] { return config<ESrv>() ? &config<ESrv>()->items : nullptr; },
-                          .names = [this] { return names(0); }}) {}
-    chassis::EConfigRoot& configOf(chassis::Port& p) override { return p.holder(Protocol::Rip).Config<ESrv>(); }
-    std::vector<zk::CollectionBase*> childCollections() override { return {&items}; }
-    zk::Collection<TItem, EItem> items;
+struct TSrv : zk::Server<ESrv> {
+    explicit TSrv(TItem* staging) : Server(Protocol::Rip), items(this, staging) {}
+    zk::ServerList<TItem, &ESrv::items> items;
 };
 
 struct Lab0 : ::testing::Test {

@@ -5,7 +5,6 @@
 #include <climits>
 
 #include "hal/ospf.h"
-#include "ospf/router.h"
 
 namespace {
 
@@ -15,7 +14,7 @@ EOSPFNetworkRange grid(int rows, int cols, int linkType) {
     EOSPFNetworkRange r;
     r.SetNumberOfRows(rows, -1);
     r.SetNumberOfCols(cols, -1);
-    r.SetLinkType(linkType);
+    r.linkType = uint8_t(linkType);
     return r;
 }
 
@@ -35,30 +34,17 @@ TEST(OspfGrid, CountsFollowTheGridRule) {
     }
 }
 
-TEST(OspfRecords, FieldsAreAsWideAsOnTheWire) {
-    hal::EOSPFInterface i;
-    i.SetPriority(300);
-    i.SetOptions(0x1ff);
-    i.SetHelloInterval(65536 + 10);
-    i.SetMetric(65536 + 7);
-    i.SetMD5AuthenticationKeyId(256 + 3);
-    i.SetMTU(65536 + 1500);
-    EXPECT_EQ(std::vector<int>({i.GetPriority(), i.GetOptions(), i.GetHelloInterval(), i.GetMetric(),
-                                i.GetMD5AuthenticationKeyId(), i.GetMTU()}),
-              std::vector<int>({44, 0xff, 10, 7, 3, 1500}));
-}
-
 TEST(OspfJson, ThePortConfigurationDescribesEachGrid) {
-    zk::COspfServer config;
+    hal::EOSPFServer config;
     config.SetID(hal::EComponentId::New());
     hal::EOSPFRouter router;
     for (int rows : {3, 5}) {
         hal::EOSPFInterface i;
-        i.AddNetworkRange(grid(rows, 2, 0));
-        router.AddInterface(i);
+        i.ranges.Add(grid(rows, 2, 0));
+        router.interfaces.Add(i);
     }
-    config.server.AddRouter(router);
-    hal::Json j = config.ToJson();
+    config.routers.Add(router);
+    hal::Json j = hal::Json::parse(hal::jsonText(config));
     EXPECT_EQ(j["ID"], config.GetID().GetValue());
     const hal::Json& interfaces = j["RouterList"][0]["InterfaceList"];
     ASSERT_EQ(interfaces.size(), 2u);

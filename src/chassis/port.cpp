@@ -106,9 +106,10 @@ bool Port::store(std::string_view protocol, std::string text, const std::functio
     return true;
 }
 
-std::string Port::written(std::string_view protocol) const {
+const std::string& Port::written(std::string_view protocol) const {
+    static const std::string nothing;
     auto it = written_.find(protocol);
-    return it == written_.end() ? "" : it->second;
+    return it == written_.end() ? nothing : it->second;
 }
 
 }  // namespace chassis

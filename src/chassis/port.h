@@ -102,7 +102,7 @@ public:
     // False when the port refuses every send.
     bool send(std::string_view protocol, const hal::Json& config);
     bool send(std::string_view protocol, const EConfigRoot& config);
-    std::string written(std::string_view protocol) const;
+    const std::string& written(std::string_view protocol) const;  // "" when nothing was sent
 
     // Stream generation requests the port received, in order.
     struct StreamRequest {

@@ -1,6 +1,7 @@
 #include "hal/basic.h"
 
 #include <atomic>
+#include <charconv>
 #include <cstdio>
 
 namespace hal {
@@ -87,7 +88,16 @@ void to_json(Json& j, const EIPMaskedAddress& a) { j = a.ToString(); }
 void to_json(Json& j, const EComponentId& id) { j = id.GetValue(); }
 
 void writeJson(JsonWriter& w, const EBlob& b) { w.string(b.ToHex()); }
-void writeJson(JsonWriter& w, const EIPAddress& a) { w.string(a.ToString()); }
+void writeJson(JsonWriter& w, const EIPAddress& a) {
+    if (a.IsV6()) return w.string(a.ToString());
+    char buf[18] = "\"";  // a quoted dotted address, written without a detour through std::string
+    char* p = buf + 1;
+    for (int i = 0; i < 4; ++i) {
+        p = std::to_chars(p, buf + sizeof buf, a.GetBytes()[size_t(i)]).ptr;
+        *p++ = i < 3 ? '.' : '"';
+    }
+    w.raw(std::string_view(buf, size_t(p - buf)));
+}
 void writeJson(JsonWriter& w, const EIPMaskedAddress& a) { w.string(a.ToString()); }
 void writeJson(JsonWriter& w, const EComponentId& id) { w.unsignedInteger(id.GetValue()); }
 

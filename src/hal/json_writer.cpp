@@ -41,6 +41,11 @@ void JsonWriter::key(std::string_view name) {
     afterKey_ = true;
 }
 
+void JsonWriter::raw(std::string_view text) {
+    beforeValue();
+    out_.append(text);
+}
+
 void JsonWriter::null() {
     beforeValue();
     out_ += "null";
@@ -98,6 +103,12 @@ void JsonWriter::string(std::string_view s) {
 void JsonWriter::quoted(std::string_view s) {
     static const char hex[] = "0123456789abcdef";
     out_ += '"';
+    size_t plain = 0;  // most text (every key, every address) needs no escaping
+    while (plain < s.size() && static_cast<unsigned char>(s[plain]) >= 0x20 &&
+           static_cast<unsigned char>(s[plain]) < 0x80 && s[plain] != '"' && s[plain] != '\\')
+        ++plain;
+    out_.append(s.substr(0, plain));
+    s.remove_prefix(plain);
     for (size_t i = 0; i < s.size(); ++i) {
         auto b = static_cast<unsigned char>(s[i]);
         switch (b) {

@@ -29,6 +29,8 @@ public:
     // Text as UTF-8; bytes that are not UTF-8 become U+FFFD, Tcl's two-byte
     // NUL becomes \u0000, so any string a script passes is written.
     void string(std::string_view text);
+    // A value already in JSON form (a number or a quoted text made elsewhere).
+    void raw(std::string_view text);
 
 private:
     void open(char c);

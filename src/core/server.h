@@ -62,8 +62,9 @@ public:
     // The configuration of the current port, or null without a usable one.
     Root* config() {
         Port* p = usablePort();
-        return p ? &static_cast<Root&>(configOf(*p)) : nullptr;
+        return p ? &configAt(*p) : nullptr;
     }
+    Root& configAt(Port& port) { return static_cast<Root&>(configOf(port)); }
 
 protected:
     explicit Server(Protocol protocol) : PortServer(protocol) {}

@@ -93,6 +93,18 @@ size_t utf8Length(std::string_view s, size_t i) {
     return n;
 }
 
+// The character of a high and a low surrogate half, each as three bytes,
+// at s[i]; 0 when there is no such pair.
+uint32_t surrogatePair(std::string_view s, size_t i) {
+    if (i + 6 > s.size()) return 0;
+    auto b = [&](size_t k) { return uint32_t(static_cast<unsigned char>(s[i + k])); };
+    if (b(0) != 0xED || (b(1) & 0xF0) != 0xA0 || (b(2) & 0xC0) != 0x80) return 0;
+    if (b(3) != 0xED || (b(4) & 0xF0) != 0xB0 || (b(5) & 0xC0) != 0x80) return 0;
+    uint32_t high = 0xD000 | (b(1) & 0x3F) << 6 | (b(2) & 0x3F);
+    uint32_t low = 0xD000 | (b(4) & 0x3F) << 6 | (b(5) & 0x3F);
+    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
+}
+
 }  // namespace
 
 void JsonWriter::string(std::string_view s) {
@@ -133,6 +145,11 @@ void JsonWriter::quoted(std::string_view s) {
         } else if (size_t n = utf8Length(s, i)) {
             out_.append(s.substr(i, n));
             i += n - 1;
+        } else if (uint32_t c = surrogatePair(s, i)) {  // Tcl keeps a character beyond U+FFFF as two halves
+            char utf8[4] = {char(0xF0 | c >> 18), char(0x80 | (c >> 12 & 0x3F)), char(0x80 | (c >> 6 & 0x3F)),
+                            char(0x80 | (c & 0x3F))};
+            out_.append(utf8, 4);
+            i += 5;
         } else {  // one replacement for a bad byte and the continuation bytes after it
             out_ += "\xEF\xBF\xBD";
             while (i + 1 < s.size() && (static_cast<unsigned char>(s[i + 1]) & 0xC0) == 0x80) ++i;

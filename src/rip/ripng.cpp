@@ -130,10 +130,11 @@ int TCLRipngServer::set() {
     return kOk;
 }
 
+// get asks only that the port exists: an unavailable port still reads.
 int TCLRipngServer::get() {
-    auto* c = config();
-    if (!c) return kNoPort;
-    binding::loadOptions(*this, *c);
+    Port* port = currentPort();
+    if (!port) return kNoPort;
+    binding::loadOptions(*this, configAt(*port));
     return kOk;
 }
 

@@ -94,6 +94,7 @@ TEST(JsonWriter, AnyTextAScriptPassesIsWritten) {
         {"\x01\t\n", R"("\u0001\t\n")"},                          // control characters
         {"caf\xC3\xA9", "\"caf\xC3\xA9\""},                        // UTF-8 as it is
         {"\xED\xA0\x80x", "\"\xEF\xBF\xBDx\""},                    // a lone surrogate half
+        {"\xED\xA0\xBD\xED\xB8\x80", "\"\xF0\x9F\x98\x80\""},          // U+1F600 as Tcl keeps it
         {"\xFF\xFE", "\"\xEF\xBF\xBD\xEF\xBF\xBD\""},              // no UTF-8 at all
     };
     for (const auto& [text, json] : cases) {

@@ -4,6 +4,13 @@ ASAN_BUILD ?= build-asan
 JOBS       ?= 2
 TCLSH      ?= tclsh8.6
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
+# Warnings are errors here and in CI; `make WERROR=OFF` for a compiler that
+# warns about more than this one.
+WERROR     ?= ON
+
+# A build directory configured before follows a change of WERROR.
+sync-werror = @grep -qx 'ZK_WERROR:BOOL=$(WERROR)' $(1)/CMakeCache.txt || \
+	cmake -S . -B $(1) -DZK_WERROR:BOOL=$(WERROR) >/dev/null
 
 .PHONY: all bootstrap build build-asan test test-asan demo bench install docs clean
 
@@ -13,15 +20,17 @@ bootstrap:
 	@scripts/bootstrap
 
 $(BUILD)/Makefile: | bootstrap
-	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) >/dev/null
+	@cmake -S . -B $(BUILD) $(CMAKE_ARGS) -DZK_WERROR:BOOL=$(WERROR) >/dev/null
 
 $(ASAN_BUILD)/Makefile: | bootstrap
-	@cmake -S . -B $(ASAN_BUILD) $(CMAKE_ARGS) -DZK_SANITIZE=ON >/dev/null
+	@cmake -S . -B $(ASAN_BUILD) $(CMAKE_ARGS) -DZK_WERROR:BOOL=$(WERROR) -DZK_SANITIZE=ON >/dev/null
 
 build: bootstrap $(BUILD)/Makefile
+	$(call sync-werror,$(BUILD))
 	@cmake --build $(BUILD) -j $(JOBS)
 
 build-asan: bootstrap $(ASAN_BUILD)/Makefile
+	$(call sync-werror,$(ASAN_BUILD))
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
 
 # Every suite, then the same suites under AddressSanitizer + UBSan.

@@ -4,7 +4,9 @@
 
 #include <climits>
 #include <cstdlib>
+#include <sstream>
 #include <string>
+#include <string_view>
 
 #include "binding/convert.h"
 #include "binding/module.h"
@@ -13,29 +15,34 @@
 namespace zk::binding {
 namespace {
 
+struct LibCommand;
+// Called with exactly the command's number of arguments, objv[1] the first.
+using LibProc = int (*)(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]);
+
 struct LibCommand {
     const char* name;
-    const char* args;  // usage after the name
+    const char* args;  // usage after the name: the argument names, each followed by a blank
     int argc;
-    Tcl_ObjCmdProc* proc;
+    LibProc proc;
 };
 
-int usage(Tcl_Interp* interp, const LibCommand& c) {
-    std::string s = std::string("Wrong # args. ") + c.name + " " + c.args;
-    Tcl_SetObjResult(interp, Tcl_NewStringObj(s.c_str(), -1));
-    return TCL_ERROR;
+// The name of argument `position` (from 1) in the usage text.
+std::string argName(const LibCommand& c, int position) {
+    std::istringstream names(c.args);
+    std::string name;
+    while (position-- > 0) names >> name;
+    return name;
 }
 
-int argError(Tcl_Interp* interp, const ConvertError& e, int position) {
-    std::string s = e.text + " argument " + std::to_string(position);
-    Tcl_SetObjResult(interp, Tcl_NewStringObj(s.c_str(), -1));
-    return TCL_ERROR;
+int argError(const LibCommand& c, Tcl_Interp* interp, const ConvertError& e, int position) {
+    return bindingError(interp, e.text + " argument " + std::to_string(position), {"VALUE", argName(c, position)});
 }
 
-bool getSize(Tcl_Interp* interp, Tcl_Obj* o, int position, size_t& out) {
+bool getSize(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* o, int position, size_t& out) {
     Tcl_WideInt w;
     if (Tcl_GetWideIntFromObj(nullptr, o, &w) != TCL_OK || w < 0) {
-        argError(interp, ConvertError{std::string("expected non-negative integer but got \"") + Tcl_GetString(o) + "\""},
+        argError(c, interp,
+                 ConvertError{std::string("expected non-negative integer but got \"") + Tcl_GetString(o) + "\""},
                  position);
         return false;
     }
@@ -55,7 +62,7 @@ bool getBlock(Tcl_Interp* interp, Tcl_Obj* o, void*& out) {
         out = reinterpret_cast<void*>(address);
         return true;
     }
-    Tcl_SetObjResult(interp, Tcl_NewStringObj("Type error. Expected a block from malloc, calloc or realloc", -1));
+    bindingError(interp, "Type error. Expected a block from malloc, calloc or realloc", {"TYPE"});
     return false;
 }
 
@@ -65,65 +72,53 @@ Tcl_Obj* blockObj(void* p) {
     return Tcl_NewStringObj(encodeHandle(p, *voidType()).c_str(), -1);
 }
 
-
-const LibCommand& cmd(ClientData cd) { return *static_cast<const LibCommand*>(cd); }
-
-int atofProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int atofProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     Tcl_SetObjResult(interp, Tcl_NewDoubleObj(std::atof(Tcl_GetString(objv[1]))));
     return TCL_OK;
 }
-int atoiProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int atoiProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     Tcl_SetObjResult(interp, Tcl_NewIntObj(int(std::strtol(Tcl_GetString(objv[1]), nullptr, 10))));
     return TCL_OK;
 }
-int atolProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int atolProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     Tcl_SetObjResult(interp, Tcl_NewWideIntObj(std::strtol(Tcl_GetString(objv[1]), nullptr, 10)));
     return TCL_OK;
 }
-int randProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
-    if (objc != 1) return usage(interp, cmd(cd));
+int randProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const[]) {
     Tcl_SetObjResult(interp, Tcl_NewIntObj(std::rand()));
     return TCL_OK;
 }
-int srandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int srandProc(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     unsigned seed;
     ConvertError e;
-    if (!toUnsigned(objv[1], seed, e)) return argError(interp, e, 1);
+    if (!toUnsigned(objv[1], seed, e)) return argError(c, interp, e, 1);
     std::srand(seed);
     Tcl_ResetResult(interp);
     return TCL_OK;
 }
-int callocProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 3) return usage(interp, cmd(cd));
+int callocProc(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     size_t n, size;
-    if (!getSize(interp, objv[1], 1, n) || !getSize(interp, objv[2], 2, size)) return TCL_ERROR;
+    if (!getSize(c, interp, objv[1], 1, n) || !getSize(c, interp, objv[2], 2, size)) return TCL_ERROR;
     Tcl_SetObjResult(interp, blockObj(std::calloc(n, size)));
     return TCL_OK;
 }
-int mallocProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int mallocProc(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     size_t size;
-    if (!getSize(interp, objv[1], 1, size)) return TCL_ERROR;
+    if (!getSize(c, interp, objv[1], 1, size)) return TCL_ERROR;
     Tcl_SetObjResult(interp, blockObj(std::malloc(size)));
     return TCL_OK;
 }
-int reallocProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 3) return usage(interp, cmd(cd));
+int reallocProc(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     void* p;
     size_t size;
-    if (!getBlock(interp, objv[1], p) || !getSize(interp, objv[2], 2, size)) return TCL_ERROR;
+    if (!getBlock(interp, objv[1], p) || !getSize(c, interp, objv[2], 2, size)) return TCL_ERROR;
     untrackBlock(p);
     void* q = std::realloc(p, size);
     if (!q && size != 0) trackBlock(p);  // a failed realloc leaves the old block in place
     Tcl_SetObjResult(interp, blockObj(q));
     return TCL_OK;
 }
-int freeProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int freeProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     void* p;
     if (!getBlock(interp, objv[1], p)) return TCL_ERROR;
     untrackBlock(p);
@@ -131,34 +126,27 @@ int freeProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[])
     Tcl_ResetResult(interp);
     return TCL_OK;
 }
-int abortProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
-    if (objc != 1) return usage(interp, cmd(cd));
-    std::abort();
-}
-int systemProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int abortProc(const LibCommand&, Tcl_Interp*, Tcl_Obj* const[]) { std::abort(); }
+int systemProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     Tcl_SetObjResult(interp, Tcl_NewIntObj(std::system(Tcl_GetString(objv[1]))));
     return TCL_OK;
 }
-int getenvProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int getenvProc(const LibCommand&, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     const char* v = std::getenv(Tcl_GetString(objv[1]));
     Tcl_SetObjResult(interp, Tcl_NewStringObj(v ? v : "", -1));
     return TCL_OK;
 }
-int absProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int absProc(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     int v;
     ConvertError e;
-    if (!toInt(objv[1], v, e)) return argError(interp, e, 1);
+    if (!toInt(objv[1], v, e)) return argError(c, interp, e, 1);
     Tcl_SetObjResult(interp, Tcl_NewIntObj(v == INT_MIN ? v : std::abs(v)));  // abs(INT_MIN) is undefined in C
     return TCL_OK;
 }
-int labsProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return usage(interp, cmd(cd));
+int labsProc(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* const objv[]) {
     long v;
     ConvertError e;
-    if (!toLong(objv[1], v, e)) return argError(interp, e, 1);
+    if (!toLong(objv[1], v, e)) return argError(c, interp, e, 1);
     Tcl_SetObjResult(interp, Tcl_NewWideIntObj(v == LONG_MIN ? v : std::labs(v)));
     return TCL_OK;
 }
@@ -173,11 +161,20 @@ const LibCommand kCommands[] = {
     {"abs", "j ", 1, absProc},              {"labs", "j ", 1, labsProc},
 };
 
+// The one procedure of every library command: the count of arguments, then the command's own.
+int libraryCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    const LibCommand& c = *static_cast<const LibCommand*>(cd);
+    if (objc != c.argc + 1)
+        return bindingError(interp, std::string("Wrong # args. ") + c.name + " " + c.args, {"ARGS"});
+    return c.proc(c, interp, objv);
+}
+
 }  // namespace
 
 void createLibraryCommands(Tcl_Interp* interp) {
     for (const LibCommand& c : kCommands)
-        Tcl_CreateObjCommand(interp, c.name, c.proc, const_cast<LibCommand*>(&c), nullptr);
+        Tcl_CreateObjCommand(interp, c.name, guarded<libraryCommand, kErrorFamily>, const_cast<LibCommand*>(&c),
+                             nullptr);
 }
 
 }  // namespace zk::binding

@@ -1,7 +1,6 @@
 // The generated commands: one command procedure per kind of command, each
 // driven by the record of its class, method or option.
 #include <algorithm>
-#include <exception>
 #include <string>
 
 #include "binding/instance.h"
@@ -21,27 +20,18 @@ std::vector<Registration>& registrations() {
     return *r;
 }
 
-void setResultText(Tcl_Interp* interp, const std::string& text) {
-    Tcl_SetObjResult(interp, Tcl_NewStringObj(text.data(), int(text.size())));
-}
-
 int wrongArgs(Tcl_Interp* interp, const std::string& usage) {
-    setResultText(interp, "Wrong # args. " + usage);
-    return TCL_ERROR;
+    return bindingError(interp, "Wrong # args. " + usage, {"ARGS"});
+}
+int noWord(Tcl_Interp* interp) { return bindingError(interp, "wrong # args.", {"ARGS"}); }
+int noConstructor(Tcl_Interp* interp, const ClassRecord& cls) {
+    return bindingError(interp, "No constructor available.", {"NOCONSTRUCTOR", cls.name});
 }
 
-// No C++ exception crosses a Tcl command.
-template <class F>
-int guarded(Tcl_Interp* interp, F&& f) {
-    try {
-        return f();
-    } catch (const std::exception& e) {
-        setResultText(interp, std::string("internal error: ") + e.what());
-    } catch (...) {
-        setResultText(interp, "internal error");
-    }
-    return TCL_ERROR;
-}
+// Every command procedure of the binding is registered through this, so no
+// C++ exception crosses into the interpreter.
+template <Tcl_ObjCmdProc* Proc>
+constexpr Tcl_ObjCmdProc* guardedProc = zk::guarded<Proc, kErrorFamily>;
 
 bool decodeSelf(Tcl_Interp* interp, Tcl_Obj* obj, const ClassRecord& cls, Object*& self) {
     Decode d = decodeObject(interp, obj, cls.type, false, self);
@@ -52,31 +42,24 @@ bool decodeSelf(Tcl_Interp* interp, Tcl_Obj* obj, const ClassRecord& cls, Object
 
 int newProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& cls = *static_cast<const ClassRecord*>(cd);
-    return guarded(interp, [&] {
-        if (!cls.construct) {
-            setResultText(interp, "No constructor available.");
-            return TCL_ERROR;
-        }
-        int n = objc - 1;
-        if (n < cls.ctorRequired || n > int(cls.ctorArgs.size())) return wrongArgs(interp, cls.newUsage);
-        Object* obj = cls.construct(cls, interp, n, objv + 1);
-        if (!obj) return TCL_ERROR;
-        registerObject(obj, cls.type);
-        Tcl_SetObjResult(interp, newHandleObj(obj, *cls.type));
-        return TCL_OK;
-    });
+    if (!cls.construct) return noConstructor(interp, cls);
+    int n = objc - 1;
+    if (n < cls.ctorRequired || n > int(cls.ctorArgs.size())) return wrongArgs(interp, cls.newUsage);
+    Object* obj = cls.construct(cls, interp, n, objv + 1);
+    if (!obj) return TCL_ERROR;
+    registerObject(obj, cls.type);
+    Tcl_SetObjResult(interp, newHandleObj(obj, *cls.type));
+    return TCL_OK;
 }
 
 int deleteProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& cls = *static_cast<const ClassRecord*>(cd);
-    return guarded(interp, [&] {
-        if (objc != 2) return wrongArgs(interp, cls.deleteUsage);
-        Object* self;
-        if (!decodeSelf(interp, objv[1], cls, self)) return TCL_ERROR;
-        destroyObject(self);
-        Tcl_ResetResult(interp);
-        return TCL_OK;
-    });
+    if (objc != 2) return wrongArgs(interp, cls.deleteUsage);
+    Object* self;
+    if (!decodeSelf(interp, objv[1], cls, self)) return TCL_ERROR;
+    destroyObject(self);
+    Tcl_ResetResult(interp);
+    return TCL_OK;
 }
 
 int callMethod(const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
@@ -86,12 +69,10 @@ int callMethod(const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc
 
 int methodProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& m = *static_cast<const MethodRecord*>(cd);
-    return guarded(interp, [&] {
-        if (objc < 2) return wrongArgs(interp, m.usage);
-        Object* self;
-        if (!decodeSelf(interp, objv[1], *m.cls, self)) return TCL_ERROR;
-        return callMethod(m, interp, self, objc - 2, objv + 2);
-    });
+    if (objc < 2) return wrongArgs(interp, m.usage);
+    Object* self;
+    if (!decodeSelf(interp, objv[1], *m.cls, self)) return TCL_ERROR;
+    return callMethod(m, interp, self, objc - 2, objv + 2);
 }
 
 int getProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
@@ -112,14 +93,12 @@ int setAttr(const AttrRecord& a, Tcl_Interp* interp, Object* self, Tcl_Obj* valu
 
 int setProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& a = *static_cast<const AttrRecord*>(cd);
-    return guarded(interp, [&] {
-        if (objc != 3) return wrongArgs(interp, a.setUsage);
-        Object* self;
-        if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
-        if (setAttr(a, interp, self, objv[2]) != TCL_OK) return TCL_ERROR;
-        Tcl_ResetResult(interp);
-        return TCL_OK;
-    });
+    if (objc != 3) return wrongArgs(interp, a.setUsage);
+    Object* self;
+    if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
+    if (setAttr(a, interp, self, objv[2]) != TCL_OK) return TCL_ERROR;
+    Tcl_ResetResult(interp);
+    return TCL_OK;
 }
 
 // Words listed in the unknown-method and unknown-option messages.
@@ -133,21 +112,19 @@ void appendOptions(const ClassRecord* cls, std::string& s, bool settableOnly) {
             if (!settableOnly || a->set) s += "-" + a->name + " ";
 }
 
-int unknownMethod(Tcl_Interp* interp, const ClassRecord& cls) {
+int unknownMethod(Tcl_Interp* interp, const ClassRecord& cls, Tcl_Obj* word) {
     std::string s = "Invalid Method for " + cls.name + ". Must be : { cget configure -acquire -disown -delete methods : ";
     appendMethods(&cls, s);
     s += "}";
-    setResultText(interp, s);
-    return TCL_ERROR;
+    return bindingError(interp, s, {"UNKNOWN", "method", Tcl_GetString(word)});
 }
 
-int unknownOption(Tcl_Interp* interp, const ClassRecord& cls, const char* what, bool settableOnly) {
+int unknownOption(Tcl_Interp* interp, const ClassRecord& cls, const char* what, bool settableOnly, Tcl_Obj* word) {
     std::string s = std::string("Invalid ") + what + " option for " + cls.name + ". Must be :{ ";
     if (!settableOnly) s += "-this -thisown ";
     appendOptions(&cls, s, settableOnly);
     s += "}";
-    setResultText(interp, s);
-    return TCL_ERROR;
+    return bindingError(interp, s, {"UNKNOWN", "option", Tcl_GetString(word)});
 }
 
 // Option and method words are literals in a script's bytecode. The record a
@@ -201,10 +178,7 @@ void instanceDeleted(ClientData cd) {
 
 int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     const ClassRecord& cls = *inst->cls;
-    if (objc < 2) {
-        setResultText(interp, "wrong # args.");
-        return TCL_ERROR;
-    }
+    if (objc < 2) return noWord(interp);
     Object* self = inst->object;
     std::string_view word = Tcl_GetString(objv[1]);
     if (word == "-acquire") {
@@ -223,10 +197,7 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
         return TCL_OK;
     }
     if (word == "cget") {
-        if (objc != 3) {
-            setResultText(interp, "wrong # args.");
-            return TCL_ERROR;
-        }
+        if (objc != 3) return noWord(interp);
         std::string_view opt = Tcl_GetString(objv[2]);
         if (opt == "-this") {
             Tcl_SetObjResult(interp, newHandleObj(self, *cls.type));
@@ -237,7 +208,7 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
             return TCL_OK;
         }
         const AttrRecord* a = optionOf(objv[2], cls);
-        if (!a) return unknownOption(interp, cls, "cget", false);
+        if (!a) return unknownOption(interp, cls, "cget", false, objv[2]);
         a->result(*a, interp, self);
         return TCL_OK;
     }
@@ -254,22 +225,18 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
         }
         for (int i = 2; i < objc; i += 2) {
             const AttrRecord* a = optionOf(objv[i], cls);
-            if (!a) return unknownOption(interp, cls, "configure", true);
-            if (!a->set) {
-                setResultText(interp, "Option -" + a->name + " of " + cls.name + " is read-only.");
-                return TCL_ERROR;
-            }
-            if (i + 1 >= objc) {
-                setResultText(interp, "value for \"-" + a->name + "\" missing");
-                return TCL_ERROR;
-            }
+            if (!a) return unknownOption(interp, cls, "configure", true, objv[i]);
+            if (!a->set)
+                return bindingError(interp, "Option -" + a->name + " of " + cls.name + " is read-only.",
+                                    {"READONLY", "-" + a->name});
+            if (i + 1 >= objc) return bindingError(interp, "value for \"-" + a->name + "\" missing", {"ARGS"});
             if (setAttr(*a, interp, self, objv[i + 1]) != TCL_OK) return TCL_ERROR;
         }
         Tcl_ResetResult(interp);
         return TCL_OK;
     }
     const MethodRecord* m = methodOf(objv[1], cls);
-    if (!m) return unknownMethod(interp, cls);
+    if (!m) return unknownMethod(interp, cls, objv[1]);
     return callMethod(*m, interp, self, objc - 2, objv + 2);
 }
 
@@ -301,11 +268,11 @@ std::string usageOf(const std::string& command, const std::vector<ArgName>& args
 void setArgError(Tcl_Interp* interp, const ConvertError& e, int position, const char* name) {
     // Handles keep the exact type-error text; values name the argument.
     if (e.text.rfind("Type error.", 0) == 0) {
-        setResultText(interp, e.text);
+        bindingError(interp, e.text, {"TYPE"});
         return;
     }
     // position counts the arguments after self; self is argument 1.
-    setResultText(interp, e.text + " argument " + std::to_string(position + 2) + " (" + name + ")");
+    bindingError(interp, e.text + " argument " + std::to_string(position + 2) + " (" + name + ")", {"VALUE", name});
 }
 
 void reportResult(Tcl_Interp* interp, int code) {
@@ -345,44 +312,30 @@ const std::vector<std::unique_ptr<ClassRecord>>& classes() {
     return *all;
 }
 
-int instanceCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+int instanceCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto* inst = static_cast<InstanceRecord*>(cd);
-    if (!inst->object) {
-        setResultText(interp, "Type error. Expected " + inst->cls->type->display);
-        return TCL_ERROR;
-    }
-    return guarded(interp, [&] { return instanceDispatch(inst, interp, objc, objv); });
+    if (!inst->object) return bindingError(interp, "Type error. Expected " + inst->cls->type->display, {"TYPE"});
+    return instanceDispatch(inst, interp, objc, objv);
 }
 
-int classCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+int classCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto* cls = static_cast<const ClassRecord*>(cd);
-    if (!cls) {
-        setResultText(interp, "swig: internal runtime error. No class object defined.");
-        return TCL_ERROR;
-    }
-    return guarded(interp, [&] {
-        if (!cls->construct) {
-            setResultText(interp, "No constructor available.");
-            return TCL_ERROR;
-        }
-        if (objc < 2) {
-            setResultText(interp, "wrong # args.");
-            return TCL_ERROR;
-        }
-        int first = 2;
-        if (objc > 2 && std::string_view(Tcl_GetString(objv[2])) == "-args") first = 3;
-        int n = objc - first;
-        if (n < cls->ctorRequired || n > int(cls->ctorArgs.size())) return wrongArgs(interp, cls->newUsage);
-        Object* obj = cls->construct(*cls, interp, n, objv + first);
-        if (!obj) return TCL_ERROR;
-        registerObject(obj, cls->type);
-        auto* inst = new InstanceRecord{obj, cls, interp, nullptr, true};
-        const char* name = Tcl_GetString(objv[1]);
-        inst->token = Tcl_CreateObjCommand(interp, name, instanceCommandProc, inst, instanceDeleted);
-        attachInstance(obj, inst);
-        Tcl_SetObjResult(interp, Tcl_NewStringObj(name, -1));
-        return TCL_OK;
-    });
+    if (!cls) return bindingError(interp, "swig: internal runtime error. No class object defined.", {"INTERNAL"});
+    if (!cls->construct) return noConstructor(interp, *cls);
+    if (objc < 2) return noWord(interp);
+    int first = 2;
+    if (objc > 2 && std::string_view(Tcl_GetString(objv[2])) == "-args") first = 3;
+    int n = objc - first;
+    if (n < cls->ctorRequired || n > int(cls->ctorArgs.size())) return wrongArgs(interp, cls->newUsage);
+    Object* obj = cls->construct(*cls, interp, n, objv + first);
+    if (!obj) return TCL_ERROR;
+    registerObject(obj, cls->type);
+    auto* inst = new InstanceRecord{obj, cls, interp, nullptr, true};
+    const char* name = Tcl_GetString(objv[1]);
+    inst->token = Tcl_CreateObjCommand(interp, name, instanceCommandProc, inst, instanceDeleted);
+    attachInstance(obj, inst);
+    Tcl_SetObjResult(interp, Tcl_NewStringObj(name, -1));
+    return TCL_OK;
 }
 
 void dropInstanceCommand(InstanceRecord* inst) {
@@ -393,16 +346,17 @@ void dropInstanceCommand(InstanceRecord* inst) {
 void createClassCommands(Tcl_Interp* interp) {
     for (const auto& cls : classes()) {
         ClientData c = cls.get();
-        Tcl_CreateObjCommand(interp, ("new_" + cls->name).c_str(), newProc, c, nullptr);
-        Tcl_CreateObjCommand(interp, ("delete_" + cls->name).c_str(), deleteProc, c, nullptr);
-        for (const auto& m : cls->methods)
-            Tcl_CreateObjCommand(interp, (cls->name + "_" + m->name).c_str(), methodProc, m.get(), nullptr);
+        auto create = [interp](const std::string& name, Tcl_ObjCmdProc* proc, ClientData data) {
+            Tcl_CreateObjCommand(interp, name.c_str(), proc, data, nullptr);
+        };
+        create("new_" + cls->name, guardedProc<newProc>, c);
+        create("delete_" + cls->name, guardedProc<deleteProc>, c);
+        for (const auto& m : cls->methods) create(cls->name + "_" + m->name, guardedProc<methodProc>, m.get());
         for (const auto& a : cls->attributes) {
-            if (a->set)
-                Tcl_CreateObjCommand(interp, (cls->name + "_" + a->name + "_set").c_str(), setProc, a.get(), nullptr);
-            Tcl_CreateObjCommand(interp, (cls->name + "_" + a->name + "_get").c_str(), getProc, a.get(), nullptr);
+            if (a->set) create(cls->name + "_" + a->name + "_set", guardedProc<setProc>, a.get());
+            create(cls->name + "_" + a->name + "_get", guardedProc<getProc>, a.get());
         }
-        Tcl_CreateObjCommand(interp, cls->name.c_str(), classCommandProc, c, nullptr);
+        create(cls->name, classCommandProc, c);
     }
 }
 

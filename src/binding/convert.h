@@ -6,12 +6,23 @@
 
 #include <tcl.h>
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "binding/types.h"
+#include "util/tcl_command.h"
 
 namespace zk::binding {
+
+// Every error of a binding command has the error code
+// {ZKPROTOCOL <kind> <detail>...}; docs/binding.md lists the kinds.
+inline constexpr char kErrorFamily[] = "ZKPROTOCOL";
+
+inline int bindingError(Tcl_Interp* interp, std::string_view message, std::initializer_list<std::string_view> code) {
+    return tclError(interp, message, kErrorFamily, code);
+}
 
 // Why a conversion failed, for the error message.
 struct ConvertError {

@@ -1,13 +1,21 @@
-// Zktclprotocol_Init: the one entry point of the protocol package.
+// The entry points of the two packages of the library. Each registers the
+// other as a static package, so that once the library is loaded under one
+// prefix the other package comes from it too.
 #include <tcl.h>
 
 #include "binding/instance.h"
 #include "binding/module.h"
+#include "chassis/commands.h"
 #include "chassis/learn.h"
+
+namespace {
+// The oldest Tcl with every call the module makes (Tcl_GetModeFromStat is 8.6).
+constexpr const char* kTclVersion = "8.6";
+}  // namespace
 
 extern "C" int Zktclprotocol_Init(Tcl_Interp* interp) {
     if (!interp) return TCL_ERROR;
-    if (!Tcl_InitStubs(interp, "8.1", 0)) return TCL_ERROR;
+    if (!Tcl_InitStubs(interp, kTclVersion, 0)) return TCL_ERROR;
     Tcl_PkgProvide(interp, "zkmainprotocol", "0.0");
     Tcl_StaticPackage(nullptr, "Zkchassis", Zkchassis_Init, nullptr);
     zk::binding::voidType();
@@ -17,5 +25,15 @@ extern "C" int Zktclprotocol_Init(Tcl_Interp* interp) {
     zk::binding::installConstants(interp);
     chassis::installEventLoop();
     Tcl_SetVar2(interp, "zkErrorInfo", nullptr, "", TCL_GLOBAL_ONLY);
+    return TCL_OK;
+}
+
+extern "C" int Zkchassis_Init(Tcl_Interp* interp) {
+    if (!interp) return TCL_ERROR;
+    if (!Tcl_InitStubs(interp, kTclVersion, 0)) return TCL_ERROR;
+    Tcl_PkgProvide(interp, "zkchassis", "1.0");
+    Tcl_StaticPackage(nullptr, "Zktclprotocol", Zktclprotocol_Init, nullptr);
+    chassis::installEventLoop();
+    chassis::createCommands(interp);
     return TCL_OK;
 }

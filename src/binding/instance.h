@@ -15,8 +15,11 @@ struct InstanceRecord {
     bool owned = true;  // the script owns the object: deleting the command deletes it
 };
 
-int instanceCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
-int classCommandProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+int instanceCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+int classCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
+// What Tcl_CreateObjCommand gets for them: an instance command is known by its procedure.
+inline constexpr Tcl_ObjCmdProc* instanceCommandProc = zk::guarded<instanceCommand, kErrorFamily>;
+inline constexpr Tcl_ObjCmdProc* classCommandProc = zk::guarded<classCommand, kErrorFamily>;
 
 // The object of `inst` was destroyed: remove its command without touching it.
 void dropInstanceCommand(InstanceRecord* inst);

@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "binding/convert.h"
 #include "binding/instance.h"
 
 namespace zk::binding {
@@ -213,12 +214,8 @@ Decode decodeObject(Tcl_Interp* interp, Tcl_Obj* obj, const TypeInfo* expected, 
 }
 
 void setDecodeError(Tcl_Interp* interp, Decode d, const TypeInfo* expected) {
-    if (d == Decode::NotPointer) {
-        Tcl_SetObjResult(interp, Tcl_NewStringObj("Type error. Expected a pointer", -1));
-    } else {
-        std::string msg = "Type error. Expected " + expected->display;
-        Tcl_SetObjResult(interp, Tcl_NewStringObj(msg.data(), int(msg.size())));
-    }
+    std::string expectedText = d == Decode::NotPointer ? "a pointer" : expected->display;
+    bindingError(interp, "Type error. Expected " + expectedText, {"TYPE"});
 }
 
 const TypeInfo* voidType() {

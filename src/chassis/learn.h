@@ -9,7 +9,8 @@
 namespace chassis {
 
 // Parses the arguments after C D P and stores what the port learned.
-// Returns TCL_OK or TCL_ERROR with a message in the interpreter result.
+// Returns TCL_OK or TCL_ERROR with a message in the interpreter result; the
+// command then gives the error the code {ZKCHASSIS LEARN <kind>}.
 using LearnHandler = int (*)(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* const objv[]);
 
 void registerLearnKind(const char* kind, const char* usage, LearnHandler handler);

@@ -30,7 +30,7 @@ struct PortId {
     int chassis = 0, card = 0, port = 0;
     std::string key() const;   // "C.D.P"
     std::string text() const;  // "C/D/P"
-    auto operator<=>(const PortId&) const = default;
+    auto operator<=>(const PortId&) const = default;  // NOLINT(modernize-use-nullptr): tidy misreads the default
 };
 
 using hal::EConfigRoot;

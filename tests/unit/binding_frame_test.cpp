@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "binding/describe.h"
 #include "binding/module.h"
 #include "binding/types.h"
@@ -51,6 +53,18 @@ zk::binding::Describe<TSampleDerived> describeDerived("TSampleDerived", [](auto&
 zk::binding::Describe<TSampleParent> describeParent("TSampleParent", [](auto& c) {
     c.template constructor<TSampleDerived*>("pDerived");
     c.method("staged", &TSampleParent::staged);
+});
+
+// Its method throws a standard exception (how != 0) or something else.
+struct TThrowing : zk::Object {
+    int boom(int how) {
+        if (how) throw std::runtime_error("boom " + std::to_string(how));
+        throw how;
+    }
+};
+zk::binding::Describe<TThrowing> describeThrowing("TThrowing", [](auto& c) {
+    c.constructor();
+    c.method("boom", &TThrowing::boom, "how");
 });
 
 // Each row's script runs in turn; a failure reads "ERROR: <message>".
@@ -119,6 +133,14 @@ TEST_F(Frame, ConstructorArgumentsAndStagingObjects) {
          {"info commands s_\\[xy\\]", ""},
          {"set h [new_TSampleParent s_d]; list [TSampleParent_staged $h] [delete_TSampleParent $h]", "9 {}"},
          {"s_d -delete; s_p staged", "-1"}});
+}
+
+TEST_F(Frame, ExceptionsBecomeTclErrorsWithACode) {
+    run({{"TThrowing s_t; catch {s_t boom 3} m o; list $m [dict get $o -errorcode]",
+          "{internal error: boom 3} {ZKPROTOCOL INTERNAL}"},
+         {"catch {TThrowing_boom s_t 0} m o; list $m [dict get $o -errorcode]",
+          "{internal error} {ZKPROTOCOL INTERNAL}"},
+         {"catch {s_t boom 0}; s_t cget -thisown", "1"}});
 }
 
 // Handles: "_", address least significant byte first, "_p_", type; binding.test has malformed ones.

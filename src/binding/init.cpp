@@ -9,13 +9,16 @@
 #include "chassis/learn.h"
 
 namespace {
-// The oldest Tcl with every call the module makes (Tcl_GetModeFromStat is 8.6).
-constexpr const char* kTclVersion = "8.6";
+// The protocol package asks for Tcl 8.1 or later, as it always has: its
+// commands use nothing newer. The host package needs 8.6 (its capture
+// directory check uses Tcl_GetModeFromStat).
+constexpr const char* kProtocolTclVersion = "8.1";
+constexpr const char* kChassisTclVersion = "8.6";
 }  // namespace
 
 extern "C" int Zktclprotocol_Init(Tcl_Interp* interp) {
     if (!interp) return TCL_ERROR;
-    if (!Tcl_InitStubs(interp, kTclVersion, 0)) return TCL_ERROR;
+    if (!Tcl_InitStubs(interp, kProtocolTclVersion, 0)) return TCL_ERROR;
     Tcl_PkgProvide(interp, "zkmainprotocol", "0.0");
     Tcl_StaticPackage(nullptr, "Zkchassis", Zkchassis_Init, nullptr);
     zk::binding::voidType();
@@ -30,7 +33,7 @@ extern "C" int Zktclprotocol_Init(Tcl_Interp* interp) {
 
 extern "C" int Zkchassis_Init(Tcl_Interp* interp) {
     if (!interp) return TCL_ERROR;
-    if (!Tcl_InitStubs(interp, kTclVersion, 0)) return TCL_ERROR;
+    if (!Tcl_InitStubs(interp, kChassisTclVersion, 0)) return TCL_ERROR;
     Tcl_PkgProvide(interp, "zkchassis", "1.0");
     Tcl_StaticPackage(nullptr, "Zktclprotocol", Zktclprotocol_Init, nullptr);
     chassis::installEventLoop();

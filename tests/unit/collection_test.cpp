@@ -1,6 +1,6 @@
-// IndexedList; the named-collection pattern on it, with a leaf child and a
-// parent child that keeps leaves; the current port; and the per-port lists of
-// a small PortServer, which survive selecting another port but not the port.
+// The named-collection pattern, with a leaf child and a parent child that
+// keeps leaves; the current port; and the per-port lists of a small
+// PortServer, which survive selecting another port but not the port.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -19,25 +19,6 @@ using zk::Collection;
 using zk::ItemList;
 using Strings = std::vector<std::string>;
 using Ints = std::vector<int>;
-
-// Positions and lookups stay right across erases and the compactions they trigger.
-TEST(IndexedList, PositionsAcrossErasesAndCompactions) {
-    zk::IndexedList<std::string, int> l;
-    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(l.add(std::to_string(i), i));
-    for (int i = 1; i < 1000; ++i) {
-        if (i % 7) { ASSERT_TRUE(l.erase(std::to_string(i))) << i; }
-    }
-    EXPECT_FALSE(l.erase("1"));
-    ASSERT_EQ(l.size(), 143u);
-    for (int pos = 0; pos < 143; ++pos) {
-        auto [k, v] = l.at(size_t(pos));
-        ASSERT_EQ(*k + "=" + std::to_string(*v), std::to_string(pos * 7) + "=" + std::to_string(pos * 7));
-        ASSERT_EQ(l.find(*k), v);  // the index follows the moved slots
-    }
-    EXPECT_EQ(l.at(143).first, nullptr);
-    EXPECT_TRUE(l.add("1", -1));  // an erased key comes back at the end
-    EXPECT_EQ(*l.at(143).second, -1);
-}
 
 struct ELeaf : hal::ERecord { int v = 0; };
 struct EPar : hal::ERecord { int x = 0; hal::RecordList<ELeaf> leaves; };

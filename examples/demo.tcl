@@ -10,7 +10,7 @@ TCLProtocolServer services
 services configure -enableArpResponse 1 -enablePingResponse 1 -enableRipService 1 -enableOspfService 1
 puts "set:   [services set 1 1 1]"
 puts "write: [services write 1 1 1]"
-puts "what port 1/1/1 received:\n  [zkchassis::written 1 1 1 services]"
+puts "what port 1/1/1 received:\n[zkchassis::written -pretty 1 1 1 services]"
 services -delete
 
 foreach example {rip.tcl ospf.tcl} {

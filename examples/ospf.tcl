@@ -31,7 +31,7 @@ ospfCheck addRouteRange [ospfRouter addRouteRange externals]
 ospfRouter configure -routerId 20.1.1.2
 ospfCheck addRouter [ospfServer addRouter west]
 ospfCheck write [ospfServer write]
-puts "port 1/1/1 received:\n[zkchassis::written 1 1 1 ospf]"
+puts "port 1/1/1 received:\n[zkchassis::written -pretty 1 1 1 ospf]"
 
 # Port 1/1/2: a router towards the device under test that advertises one
 # AS-external LSA of its own.
@@ -47,7 +47,7 @@ ospfCheck addUserLsaGroup [ospfRouter addUserLsaGroup statics]
 ospfRouter configure -routerId 20.1.2.2
 ospfCheck addRouter [ospfServer addRouter east]
 ospfCheck write [ospfServer write]
-puts "port 1/1/2 received:\n[zkchassis::written 1 1 2 ospf]"
+puts "port 1/1/2 received:\n[zkchassis::written -pretty 1 1 2 ospf]"
 
 # The objects go in the reverse order of their making.
 foreach obj {ospfServer ospfRouter ospfGroup ospfRoutes ospfInterface ospfGrid ospfLsa} { $obj -delete }

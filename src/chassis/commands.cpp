@@ -2,6 +2,7 @@
 #include "chassis/commands.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <map>
@@ -145,37 +146,57 @@ int resetCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     return TCL_OK;
 }
 
-// zkchassis::written (client data not null) and zkchassis::staged.
+// zkchassis::written (client data not null) and zkchassis::staged, with
+// -pretty indented by two blanks for a person to read.
 int configText(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     bool written = cd != nullptr;
-    if (objc != 5) return wrongArgs(interp, 1, objv, "C D P protocol");
-    Port* p = findPort(interp, objv + 1);
+    bool pretty = objc == 6 && std::strcmp(Tcl_GetString(objv[1]), "-pretty") == 0;
+    if (objc != 5 && !pretty) return wrongArgs(interp, 1, objv, "?-pretty? C D P protocol");
+    Tcl_Obj* const* args = objv + (pretty ? 2 : 1);
+    Port* p = findPort(interp, args);
     if (!p) return TCL_ERROR;
-    std::string protocol = Tcl_GetString(objv[4]);
+    std::string protocol = Tcl_GetString(args[3]);
     if (protocol != "services" && !protocolFromName(protocol)) return unknownProtocol(interp, protocol.c_str(), true);
-    std::string text = written ? p->written(protocol) : p->staged(protocol);
+    if (written && !pretty) {
+        const std::string& text = p->written(protocol);
+        Tcl_SetObjResult(interp, Tcl_NewStringObj(text.c_str(), int(text.size())));
+        return TCL_OK;
+    }
+    std::string text = written ? p->written(protocol) : p->staged(protocol, pretty ? 2 : -1);
+    if (written && !text.empty()) text = hal::Json::parse(text).dump(2);
     Tcl_SetObjResult(interp, Tcl_NewStringObj(text.c_str(), int(text.size())));
     return TCL_OK;
 }
 
-bool isDirectory(const std::string& dir) {
-    Tcl_Obj* path = Tcl_NewStringObj(dir.c_str(), -1);
-    Tcl_IncrRefCount(path);
+// Why `dir` cannot take captures ("" when it can): it must be a directory
+// in which a file can be made.
+std::string unusableDirectory(Tcl_Obj* dir) {
     Tcl_StatBuf* st = Tcl_AllocStatBuf();
-    bool isDir = Tcl_FSStat(path, st) == 0 && S_ISDIR(Tcl_GetModeFromStat(st));
+    bool exists = Tcl_FSStat(dir, st) == 0;
+    bool isDir = exists && S_ISDIR(Tcl_GetModeFromStat(st));
     Tcl_Free(reinterpret_cast<char*>(st));
-    Tcl_DecrRefCount(path);
-    return isDir;
+    if (!exists) return "does not exist";
+    if (!isDir) return "is not a directory";
+    std::string probe = std::string(Tcl_GetString(dir)) + "/.zkcapture-XXXXXX";
+    int fd = mkstemp(probe.data());
+    if (fd < 0) return "cannot be written";
+    close(fd);
+    unlink(probe.c_str());
+    return "";
 }
 
+// The directory is kept as an absolute path, so a later `cd` does not move it.
 int captureDirCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     Lab& lab = Lab::instance();
     if (objc > 2) return wrongArgs(interp, 1, objv, "?dir?");
-    if (objc == 2) {
+    if (objc == 2 && Tcl_GetCharLength(objv[1]) == 0) {
+        lab.captureDir.clear();
+    } else if (objc == 2) {
         std::string dir = Tcl_GetString(objv[1]);
-        if (!dir.empty() && !isDirectory(dir))
-            return chassisError(interp, "capture directory \"" + dir + "\" does not exist", {"VALUE", "dir"});
-        lab.captureDir = dir;
+        Tcl_Obj* path = Tcl_FSGetNormalizedPath(nullptr, objv[1]);
+        std::string why = path ? unusableDirectory(path) : "does not exist";
+        if (!why.empty()) return chassisError(interp, "capture directory \"" + dir + "\" " + why, {"VALUE", "dir"});
+        lab.captureDir = Tcl_GetString(path);
     }
     Tcl_SetObjResult(interp, Tcl_NewStringObj(lab.captureDir.c_str(), -1));
     return TCL_OK;

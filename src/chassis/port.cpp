@@ -68,12 +68,12 @@ hal::Json Port::servicesJson() const {
     return j;
 }
 
-std::string Port::staged(std::string_view protocol) const {
-    if (protocol == "services") return servicesJson().dump();
+std::string Port::staged(std::string_view protocol, int indent) const {
+    if (protocol == "services") return servicesJson().dump(indent);
     auto p = protocolFromName(protocol);
     if (!p) return "";
     const EConfigRoot* c = holder(*p).config();
-    return c ? configText(*c, -1) : "";
+    return c ? configText(*c, indent) : "";
 }
 
 std::string Port::configText(const EConfigRoot& config, int indent) {
@@ -102,6 +102,9 @@ bool Port::store(std::string_view protocol, std::string text, const std::functio
                       int(protocol.size()), protocol.data());
         std::ofstream out(lab.captureDir + name);
         out << pretty() << '\n';
+        out.close();
+        if (!out) lab.log("capture of " + std::string(protocol) + " on port " + id.text() + " failed: " +
+                          lab.captureDir + name + " could not be written");
     }
     return true;
 }

@@ -94,7 +94,7 @@ public:
     int limitGrid(int requested) const;
 
     // What a protocol has staged now, as JSON text ("" when nothing).
-    std::string staged(std::string_view protocol) const;
+    std::string staged(std::string_view protocol, int indent = -1) const;
     hal::Json servicesJson() const;
 
     // Sends a configuration to the port: the port keeps it as the written

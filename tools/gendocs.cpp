@@ -151,7 +151,8 @@ std::string reference(Tcl_Interp* interp) {
     out << "Every script-visible class with its options, methods and flat commands; how the commands behave "
            "is in [binding.md](binding.md). Option types: `int` takes a Tcl integer from -2147483648 to "
            "2147483647 or one of the words true, TCL_OK, enable, on (1) and false, TCL_ERROR, disable, off (0); "
-           "`unsigned` likewise up to 4294967295 (negative values wrap as in C); `long` likewise with 64 bits; "
+           "`unsigned` likewise up to 4294967295 (-2147483648 to -1 stand for the same 32 bits: -1 is 4294967295); "
+           "`long` likewise with 64 bits; anything beyond is refused; "
            "`bool` likewise, kept as 0 or 1; `double` a floating-point number; `text` any text; `handle` a pointer handle, an instance command name or `NULL`. A method "
            "whose result is a *result code* copies its message into `::zkErrorInfo` when the code is not 0. "
            "Defaults are read from an object constructed with `NULL` for every staging object.\n\n";

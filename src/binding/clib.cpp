@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstdlib>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "binding/convert.h"
 #include "binding/module.h"
 #include "binding/types.h"
+#include "util/tcl_integer.h"
 
 namespace zk::binding {
 namespace {
@@ -40,7 +42,7 @@ int argError(const LibCommand& c, Tcl_Interp* interp, const ConvertError& e, int
 
 bool getSize(const LibCommand& c, Tcl_Interp* interp, Tcl_Obj* o, int position, size_t& out) {
     Tcl_WideInt w;
-    if (Tcl_GetWideIntFromObj(nullptr, o, &w) != TCL_OK || w < 0) {
+    if (zk::readInteger(o, 0, std::numeric_limits<Tcl_WideInt>::max(), w) != zk::IntegerRead::Ok) {
         argError(c, interp,
                  ConvertError{std::string("expected non-negative integer but got \"") + Tcl_GetString(o) + "\""},
                  position);

@@ -2,6 +2,7 @@
 // driven by the record of its class, method or option.
 #include <algorithm>
 #include <string>
+#include <unordered_set>
 
 #include "binding/instance.h"
 
@@ -165,8 +166,17 @@ const MethodRecord* methodOf(Tcl_Obj* word, const ClassRecord& cls) {
     return cachedWord(word, methodWordType, cls, cls.findMethod(Tcl_GetString(word)));
 }
 
+// The records of instance commands that Tcl has not deleted yet. A record
+// whose command Tcl threw away (see commandOf) stays here for good: it cannot
+// be told from the record of a hidden command, which still uses it.
+std::unordered_set<InstanceRecord*>& records() {
+    static auto* r = new std::unordered_set<InstanceRecord*>;
+    return *r;
+}
+
 void instanceDeleted(ClientData cd) {
     auto* inst = static_cast<InstanceRecord*>(cd);
+    records().erase(inst);
     if (inst->object) {
         Object* obj = inst->object;
         inst->object = nullptr;
@@ -318,6 +328,60 @@ int instanceCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const 
     return instanceDispatch(inst, interp, objc, objv);
 }
 
+namespace {
+
+// The fully qualified name Tcl_CreateObjCommand gives `name`: a name without
+// "::" goes to the global namespace, a relative qualified one is resolved
+// from the current namespace.
+std::string qualifiedName(Tcl_Interp* interp, std::string_view name) {
+    if (name.starts_with("::")) return std::string(name);
+    if (name.find("::") == std::string_view::npos) return "::" + std::string(name);
+    std::string ns = Tcl_GetCurrentNamespace(interp)->fullName;
+    return (ns == "::" ? ns : ns + "::") + std::string(name);
+}
+
+// Rounds of deleting what holds a name before an instance command gets it.
+constexpr int kReplaceRounds = 8;
+
+// Deletes the command that holds `name`, so that the new instance command is
+// created on a free name. Tcl_CreateObjCommand would delete it too, but when
+// the deletion's traces create a command of that name again, Tcl throws the
+// new one away without its delete callback, and an instance command thrown
+// away so leaves its record behind with a token of freed memory. Deleted
+// here, every command goes through its callback. A command created by the
+// traces is then replaced as Tcl replaces it: it goes, its object stays,
+// reachable through its handle. False when the name is taken again round
+// after round.
+bool clearName(Tcl_Interp* interp, const std::string& name) {
+    for (int round = 0; round < kReplaceRounds; ++round) {
+        Tcl_Command holder = Tcl_FindCommand(interp, name.c_str(), nullptr, TCL_GLOBAL_ONLY);
+        if (!holder) return true;
+        Tcl_CmdInfo info;
+        if (round > 0 && Tcl_GetCommandInfoFromToken(holder, &info) && info.objProc == instanceCommandProc)
+            static_cast<InstanceRecord*>(info.objClientData)->owned = false;
+        Tcl_DeleteCommandFromToken(interp, holder);
+    }
+    return !Tcl_FindCommand(interp, name.c_str(), nullptr, TCL_GLOBAL_ONLY);
+}
+
+void instanceRenamed(ClientData cd, Tcl_Interp*, const char*, const char* newName, int) {
+    if (newName && *newName) static_cast<InstanceRecord*>(cd)->name = newName;
+}
+
+// The command of `inst`, or null when it is hidden or was thrown away by Tcl
+// (see clearName: other commands that replace one, `proc` or an alias, throw
+// away a command created by the delete traces of the one they replace).
+Tcl_Command commandOf(const InstanceRecord* inst) {
+    Tcl_Command t = Tcl_FindCommand(inst->interp, inst->name.c_str(), nullptr, TCL_GLOBAL_ONLY);
+    Tcl_CmdInfo info;
+    if (t && Tcl_GetCommandInfoFromToken(t, &info) && info.objProc == instanceCommandProc &&
+        info.objClientData == inst)
+        return t;
+    return nullptr;
+}
+
+}  // namespace
+
 int classCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto* cls = static_cast<const ClassRecord*>(cd);
     if (!cls) return bindingError(interp, "swig: internal runtime error. No class object defined.", {"INTERNAL"});
@@ -329,18 +393,39 @@ int classCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const obj
     if (n < cls->ctorRequired || n > int(cls->ctorArgs.size())) return wrongArgs(interp, cls->newUsage);
     Object* obj = cls->construct(*cls, interp, n, objv + first);
     if (!obj) return TCL_ERROR;
+    Tcl_Obj* name = objv[1];
+    Tcl_IncrRefCount(name);  // the traces run by clearName may change the caller's words
+    std::string qualified = qualifiedName(interp, Tcl_GetString(name));
+    Tcl_Command token = nullptr;
+    auto* inst = new InstanceRecord{obj, cls, interp, nullptr, qualified, true};
+    bool cleared = clearName(interp, qualified);
+    if (cleared) token = Tcl_CreateObjCommand(interp, qualified.c_str(), instanceCommandProc, inst, instanceDeleted);
+    if (!token) {
+        delete inst;
+        delete obj;  // never registered: no handle of it exists
+        std::string text = Tcl_GetString(name);
+        int code = bindingError(interp,
+                                "can't create command \"" + text + "\"" +
+                                    (cleared ? "" : ": a command of that name is created again whenever it is deleted"),
+                                {"NAME", text});
+        Tcl_DecrRefCount(name);
+        return code;
+    }
+    inst->token = token;
+    records().insert(inst);
+    Tcl_TraceCommand(interp, qualified.c_str(), TCL_TRACE_RENAME, instanceRenamed, inst);
     registerObject(obj, cls->type);
-    auto* inst = new InstanceRecord{obj, cls, interp, nullptr, true};
-    const char* name = Tcl_GetString(objv[1]);
-    inst->token = Tcl_CreateObjCommand(interp, name, instanceCommandProc, inst, instanceDeleted);
     attachInstance(obj, inst);
-    Tcl_SetObjResult(interp, Tcl_NewStringObj(name, -1));
+    Tcl_SetObjResult(interp, name);
+    Tcl_DecrRefCount(name);
     return TCL_OK;
 }
 
 void dropInstanceCommand(InstanceRecord* inst) {
     inst->object = nullptr;  // instanceDeleted then frees only the record
-    Tcl_DeleteCommandFromToken(inst->interp, inst->token);
+    // A command not found stays: a hidden one frees the record when it is
+    // deleted, one that Tcl threw away never runs again.
+    if (Tcl_Command t = commandOf(inst)) Tcl_DeleteCommandFromToken(inst->interp, t);
 }
 
 void createClassCommands(Tcl_Interp* interp) {

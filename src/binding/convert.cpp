@@ -3,6 +3,8 @@
 #include <climits>
 #include <cstring>
 
+#include "util/tcl_integer.h"
+
 namespace zk::binding {
 
 bool booleanWord(const char* s, int& out) {
@@ -21,12 +23,14 @@ bool booleanWord(const char* s, int& out) {
 
 namespace {
 bool toWide(Tcl_Obj* obj, Tcl_WideInt lo, Tcl_WideInt hi, Tcl_WideInt& out, ConvertError& err) {
-    if (Tcl_GetWideIntFromObj(nullptr, obj, &out) == TCL_OK) {
-        if (out < lo || out > hi) {
-            err.text = std::string("integer value too large to represent: \"") + Tcl_GetString(obj) + "\"";
-            return false;
-        }
+    switch (readInteger(obj, lo, hi, out)) {
+    case IntegerRead::Ok:
         return true;
+    case IntegerRead::OutOfRange:
+        err.text = std::string("integer value too large to represent: \"") + Tcl_GetString(obj) + "\"";
+        return false;
+    case IntegerRead::NotInteger:
+        break;
     }
     int word;
     if (booleanWord(Tcl_GetString(obj), word)) {
@@ -39,7 +43,6 @@ bool toWide(Tcl_Obj* obj, Tcl_WideInt lo, Tcl_WideInt hi, Tcl_WideInt& out, Conv
 }  // namespace
 
 bool toInt(Tcl_Obj* obj, int& out, ConvertError& err) {
-    // A cached integer needs no further checks beyond its range.
     Tcl_WideInt w;
     if (!toWide(obj, INT_MIN, INT_MAX, w, err)) return false;
     out = int(w);
@@ -48,8 +51,9 @@ bool toInt(Tcl_Obj* obj, int& out, ConvertError& err) {
 
 bool toUnsigned(Tcl_Obj* obj, unsigned& out, ConvertError& err) {
     Tcl_WideInt w;
+    // The signed range too, as Tcl takes 32-bit values: -1 is 4294967295.
     if (!toWide(obj, INT_MIN, UINT_MAX, w, err)) return false;
-    out = unsigned(w);  // negative values wrap as in C
+    out = unsigned(w);
     return true;
 }
 

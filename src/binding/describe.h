@@ -48,7 +48,7 @@ struct AttrRecord {
     std::string name;
     const ClassRecord* cls = nullptr;
     const char* kind = "";  // "int", "text" ... for the reference
-    size_t maxLength = 0;   // text options: 0 is no limit
+    size_t maxLength = 0;   // text options, in characters: 0 is no limit
     std::string getUsage, setUsage;
     std::shared_ptr<void> access;  // the member pointer or accessor functions
     Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
@@ -187,7 +187,8 @@ bool setField(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, Co
     M value;
     if (!Convert<M>::from(interp, v, value, e)) return false;
     if constexpr (std::is_same_v<M, std::string>) {
-        if (a.maxLength && value.size() > a.maxLength) {
+        // The limit counts characters, as `string length` does, not bytes.
+        if (a.maxLength && value.size() > a.maxLength && size_t(Tcl_GetCharLength(v)) > a.maxLength) {
             e.text = "value is longer than " + std::to_string(a.maxLength) + " characters";
             return false;
         }
@@ -313,7 +314,7 @@ public:
         return *this;
     }
 
-    // Text options refused by the binding beyond this length.
+    // Text options refused by the binding beyond this many characters.
     OptionRef& maxChars(size_t n) {
         attr_.maxLength = n;
         return *this;

@@ -3,6 +3,8 @@
 
 #include <tcl.h>
 
+#include <string>
+
 #include "binding/describe.h"
 
 namespace zk::binding {
@@ -11,7 +13,8 @@ struct InstanceRecord {
     Object* object = nullptr;  // null once the object was destroyed elsewhere
     const ClassRecord* cls = nullptr;
     Tcl_Interp* interp = nullptr;
-    Tcl_Command token = nullptr;
+    Tcl_Command token = nullptr;  // valid while the command runs; elsewhere find it by name
+    std::string name;             // fully qualified, followed through renames
     bool owned = true;  // the script owns the object: deleting the command deletes it
 };
 

@@ -58,6 +58,23 @@ Decode check(const Slot& s, const TypeInfo* declared, const TypeInfo* expected, 
     return Decode::Ok;
 }
 
+// The memory of a deleted object goes back to the allocator only after this
+// many later deletions. Until then no new object can be placed at its
+// address, so every text of the deleted object's handle names nothing.
+constexpr size_t kHeldBlocks = 4096;
+
+void holdBlock(void* block) {
+    struct Held {
+        std::vector<void*> ring = std::vector<void*>(kHeldBlocks, nullptr);
+        size_t next = 0;
+    };
+    static auto* held = new Held;  // blocks still held at exit stay reachable
+    void*& oldest = held->ring[held->next];
+    ::operator delete(oldest);
+    oldest = block;
+    held->next = (held->next + 1) % kHeldBlocks;
+}
+
 std::unordered_set<void*>& blocks() {
     static auto* b = new std::unordered_set<void*>;
     return *b;
@@ -126,7 +143,11 @@ void destroyObject(Object* obj) {
     *s = Slot{nullptr, nullptr, nullptr, s->gen + 1};
     l.freeSlots.push_back(idx);
     if (inst) dropInstanceCommand(inst);
-    delete obj;
+    // Objects are made by `new` of their class; the destructor runs now, the
+    // memory is held back (see holdBlock).
+    void* block = dynamic_cast<void*>(obj);
+    obj->~Object();
+    holdBlock(block);
 }
 
 std::string encodeHandle(const void* p, const TypeInfo& type) {

@@ -1,5 +1,6 @@
 #include "chassis/port_options.h"
 
+#include <climits>
 #include <cstring>
 #include <initializer_list>
 #include <set>
@@ -7,11 +8,18 @@
 #include <vector>
 
 #include "chassis/commands.h"
+#include "util/tcl_integer.h"
 
 namespace chassis {
 
 bool readInt(Tcl_Interp* interp, Tcl_Obj* o, std::string_view what, int& out, std::string_view code) {
-    if (Tcl_GetIntFromObj(nullptr, o, &out) == TCL_OK) return true;
+    // One message for a text that is no integer and an integer that does not
+    // fit in 32 signed bits: neither is a number these commands take.
+    Tcl_WideInt v;
+    if (zk::readInteger(o, INT_MIN, INT_MAX, v) == zk::IntegerRead::Ok) {
+        out = int(v);
+        return true;
+    }
     chassisError(interp, "expected integer for " + std::string(what) + " but got \"" + Tcl_GetString(o) + "\"",
                  {"VALUE", code.empty() ? what : code});
     return false;
@@ -25,13 +33,20 @@ int unknownProtocol(Tcl_Interp* interp, const char* word, bool orServices) {
 
 namespace {
 
-// A switch is 0 or 1 (or a boolean word); other numbers are refused rather
-// than read as "true".
+// A switch is the integer 0 or 1, or a boolean word; other numbers (2,
+// 0.5, 1e400) are refused rather than read as "true".
 bool readFlag(Tcl_Interp* interp, Tcl_Obj* o, std::string_view what, int& out) {
-    int v;
-    bool number = Tcl_GetIntFromObj(nullptr, o, &v) == TCL_OK;
-    if (number ? v == 0 || v == 1 : Tcl_GetBooleanFromObj(nullptr, o, &v) == TCL_OK) {
-        out = v;
+    Tcl_WideInt v;
+    zk::IntegerRead read = zk::readInteger(o, 0, 1, v);
+    double number;
+    int word;
+    if (read == zk::IntegerRead::Ok) {
+        out = int(v);
+        return true;
+    }
+    if (read == zk::IntegerRead::NotInteger && Tcl_GetDoubleFromObj(nullptr, o, &number) != TCL_OK &&
+        Tcl_GetBooleanFromObj(nullptr, o, &word) == TCL_OK) {
+        out = word;
         return true;
     }
     chassisError(interp, "expected 0 or 1 for " + std::string(what) + " but got \"" + Tcl_GetString(o) + "\"",

@@ -8,6 +8,7 @@
 
 #include "binding/collection_methods.h"
 #include "core/parse.h"
+#include "util/tcl_integer.h"
 
 namespace zk {
 
@@ -27,7 +28,7 @@ std::optional<long long> integer(const std::string& text, long long lo, long lon
     Tcl_WideInt v;
     Tcl_Obj* o = Tcl_NewStringObj(text.c_str(), -1);
     Tcl_IncrRefCount(o);
-    bool ok = Tcl_GetWideIntFromObj(nullptr, o, &v) == TCL_OK && v >= lo && v <= hi;
+    bool ok = zk::readInteger(o, lo, hi, v) == zk::IntegerRead::Ok;
     Tcl_DecrRefCount(o);
     return ok ? std::optional<long long>(v) : std::nullopt;
 }

@@ -69,7 +69,7 @@ Port* getPort(Tcl_Interp* interp, Tcl_Obj* const objv[]) {
 }
 
 const char* const kPortOptions[] = {"-name",  "-type",    "-available",  "-capabilities", "-licensed", "-ospfFeatures",
-                                    "-refreshReduction", "-mtu", "-gridLimit", "-writeFails", "-interfaces", "-streams",
+                                    "-refreshReduction", "-bgpFamilies", "-mtu", "-gridLimit", "-writeFails", "-interfaces", "-streams",
                                     nullptr};
 
 const std::pair<const char*, int> kCapabilities[] = {
@@ -94,6 +94,8 @@ int setPortOption(Tcl_Interp* interp, Port& p, const std::string& opt, Tcl_Obj* 
         if (!getFlag(interp, v, "-ospfFeatures", p.ospfFeatures)) return TCL_ERROR;
     } else if (opt == "-refreshReduction") {
         if (!getFlag(interp, v, "-refreshReduction", p.refreshReduction)) return TCL_ERROR;
+    } else if (opt == "-bgpFamilies") {
+        if (!getFlag(interp, v, "-bgpFamilies", p.bgpFamilies)) return TCL_ERROR;
     } else if (opt == "-writeFails") {
         if (!getFlag(interp, v, "-writeFails", p.writeFails)) return TCL_ERROR;
     } else if (opt == "-gridLimit") {
@@ -163,6 +165,7 @@ Tcl_Obj* getPortOption(const Port& p, const std::string& opt) {
     if (opt == "-available") return Tcl_NewIntObj(p.available);
     if (opt == "-ospfFeatures") return Tcl_NewIntObj(p.ospfFeatures);
     if (opt == "-refreshReduction") return Tcl_NewIntObj(p.refreshReduction);
+    if (opt == "-bgpFamilies") return Tcl_NewIntObj(p.bgpFamilies);
     if (opt == "-writeFails") return Tcl_NewIntObj(p.writeFails);
     if (opt == "-gridLimit") return Tcl_NewIntObj(p.gridLimit);
     if (opt == "-mtu") {
@@ -214,7 +217,8 @@ int configurePort(Tcl_Interp* interp, Port& p, int objc, Tcl_Obj* const objv[]) 
     auto copyInto = [](Port& to, const Port& from) {
         to.name = from.name; to.type = from.type; to.available = from.available;
         to.capabilities = from.capabilities; to.licensed = from.licensed; to.ospfFeatures = from.ospfFeatures;
-        to.refreshReduction = from.refreshReduction; to.mtuMin = from.mtuMin; to.mtuMax = from.mtuMax;
+        to.refreshReduction = from.refreshReduction;
+        to.bgpFamilies = from.bgpFamilies; to.mtuMin = from.mtuMin; to.mtuMax = from.mtuMax;
         to.gridLimit = from.gridLimit; to.writeFails = from.writeFails; to.interfaces = from.interfaces;
     };
     copyInto(trial, p);

@@ -1,0 +1,102 @@
+#include "bgp4/neighbor.h"
+
+#include "bgp4/forms.h"
+#include "binding/collection_methods.h"
+#include "core/port.h"
+
+namespace zk {
+
+using Neighbor = hal::EBGP::ConfigNeighbor;
+
+TCLBgp4Neighbor::TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange) : routeRanges(this, pBgpRouteRange) {
+    setDefault();
+}
+
+namespace {
+
+// The address-family switches: each needs the port's BGP families.
+struct Family {
+    const char* option;
+    int TCLBgp4Neighbor::*value;
+    bool Neighbor::*field;
+};
+const Family kFamilies[] = {
+    {"enableIpV4Unicast", &TCLBgp4Neighbor::enableIpV4Unicast, &Neighbor::ipV4Unicast},
+    {"enableIpV4Multicast", &TCLBgp4Neighbor::enableIpV4Multicast, &Neighbor::ipV4Multicast},
+    {"enableIpV4Mpls", &TCLBgp4Neighbor::enableIpV4Mpls, &Neighbor::ipV4Mpls},
+    {"enableIpV4MplsVpn", &TCLBgp4Neighbor::enableIpV4MplsVpn, &Neighbor::ipV4MplsVpn},
+    {"enableIpV6Unicast", &TCLBgp4Neighbor::enableIpV6Unicast, &Neighbor::ipV6Unicast},
+    {"enableIpV6Multicast", &TCLBgp4Neighbor::enableIpV6Multicast, &Neighbor::ipV6Multicast},
+    {"enableIpV6Mpls", &TCLBgp4Neighbor::enableIpV6Mpls, &Neighbor::ipV6Mpls},
+    {"enableIpV6MplsVpn", &TCLBgp4Neighbor::enableIpV6MplsVpn, &Neighbor::ipV6MplsVpn},
+};
+
+bool holdTime(int h) { return h == 0 || (h >= 3 && h <= 65535); }
+bool validTimers(const TCLBgp4Neighbor& t) { return holdTime(t.holdTime) && t.keepAlive >= 0 && t.keepAlive <= 65535; }
+
+}  // namespace
+
+// On a port without the BGP families every switch keeps the record's
+// default and a differing one is reported; without a port the same, with
+// another text. Neither fails the conversion.
+int TCLBgp4Neighbor::intoRecordRest(Neighbor& r) {
+    Port* port = currentPort();
+    if (port && port->bgpFamilies) return kOk;
+    const Neighbor defaults;
+    if (!port) setLastError("TCLBgp4Neighbor::SetBgpNeighbor(): Please select the port to configure port specific features");
+    for (const Family& f : kFamilies) {
+        if (port && (this->*f.value != 0) != defaults.*f.field)
+            setLastErrorf("TCLBgp4Neighbor::SetBgpNeighbor():  %s is not supported on port %s.", f.option, portName(*port));
+        r.*f.field = defaults.*f.field;
+    }
+    return kOk;
+}
+
+void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
+    addressType = r.localAddress.IsV6() ? bgp4::kAddressTypeIpV6 : bgp4::kAddressTypeIpV4;
+}
+
+static binding::Describe<TCLBgp4Neighbor> describeNeighbor("TCLBgp4Neighbor", [](auto& c) {
+    using T = TCLBgp4Neighbor;
+    using R = Neighbor;
+    c.template constructor<TCLBgp4RouteRange*>("pBgpRouteRange");
+    c.option("type", &T::type).check(range(0, 1)).maps(&R::type);
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("addressType", &T::addressType).check([](int t) {
+        return t == bgp4::kAddressTypeIpV4 || t == bgp4::kAddressTypeIpV6;
+    });
+    c.option("localIpAddress", &T::localIpAddress)
+        .check([](const T& t) { return bgp4::isAddressOfType(t.addressType, t.localIpAddress); })
+        .maps(&R::localAddress);
+    c.option("dutIpAddress", &T::dutIpAddress)
+        .check([](const T& t) { return bgp4::isAddressOfType(t.addressType, t.dutIpAddress); })
+        .maps(&R::dutAddress);
+    c.option("localAsNum", &T::localAsNum).check(range(1, 65535)).maps(&R::localAs);
+    c.option("asNumMode", &T::asNumMode).check(range(0, 1)).maps(&R::asNumMode);
+    c.option("asNumStep", &T::asNumStep).check(range(0, 65535)).maps(&R::asNumStep);
+    c.option("bgpId", &T::bgpId).check(ipv4).maps(&R::bgpId);
+    // A hold time is 0 (no keepalives) or at least 3 seconds.
+    c.option("holdTime", &T::holdTime)
+        .check(holdTime)
+        .maps(&R::holdTime);
+    c.option("keepAlive", &T::keepAlive)
+        .check(range(0, 65535))
+        .check([](const T& t) { return !validTimers(t) || 3LL * t.keepAlive <= t.holdTime; },
+               "TCLBgp4Neighbor::Validate()   keepAlive must be at most a third of holdTime.")
+        .maps(&R::keepAlive);
+    c.option("updateInterval", &T::updateInterval).check(range(0, 65535)).maps(&R::updateInterval);
+    c.option("ttl", &T::ttl).check(range(1, 255)).maps(&R::ttl);
+    c.option("md5Key", &T::md5Key).check(maxLength(80)).maps(&R::md5Key);
+    c.option("enableGracefulRestart", &T::enableGracefulRestart).check(boolean).maps(&R::gracefulRestart);
+    c.option("restartTime", &T::restartTime).check(range(0, 4095)).maps(&R::restartTime);
+    c.option("staleTime", &T::staleTime).check(atLeast(0)).maps(&R::staleTime);
+    c.option("enableLinkFlap", &T::enableLinkFlap).check(boolean).maps(&R::linkFlap);
+    c.option("linkFlapUpTime", &T::linkFlapUpTime).check(atLeast(0)).maps(&R::linkUpTime);
+    c.option("linkFlapDownTime", &T::linkFlapDownTime).check(atLeast(0)).maps(&R::linkDownTime);
+    // Read back as stored; they reach the record only where the port has the families.
+    for (const Family& f : kFamilies) c.option(f.option, f.value).check(boolean).maps(f.field);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeId", "clearAllRouteRanges");
+});
+
+}  // namespace zk

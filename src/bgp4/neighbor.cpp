@@ -8,7 +8,31 @@ namespace zk {
 
 using Neighbor = hal::EBGP::ConfigNeighbor;
 
-TCLBgp4Neighbor::TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange) : routeRanges(this, pBgpRouteRange) {
+ItemList BorrowedNames::snapshot() {
+    CollectionBase* list = list_();
+    return list ? list->snapshot() : ItemList{};
+}
+void BorrowedNames::restore(const ItemList& names) {
+    if (CollectionBase* list = list_()) list->restore(names);
+}
+void BorrowedNames::resetCursor() {
+    if (CollectionBase* list = list_()) list->resetCursor();
+}
+
+TCLBgp4Neighbor::TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange, TCLBgp4L3Site* pL3Site,
+                                 TCLBgp4MplsRouteRange* pMplsRouteRange, TCLBgp4PrefixFilter* pPrefixFilter,
+                                 TCLBgp4RouteFilter* pRouteFilter, TCLBgp4InternalTable* pInternalTable)
+    : routeRanges(this, pBgpRouteRange),
+      l3Sites(this, pL3Site),
+      mplsRouteRanges(this, pMplsRouteRange),
+      prefixFilters(this, pPrefixFilter),
+      routeFilter_(pRouteFilter),
+      internalTable_(pInternalTable),
+      internalPeerNames_([this]() -> CollectionBase* {
+          TCLBgp4InternalTable* table = internalTable_.get();
+          return table ? &table->neighborItems : nullptr;
+      }) {
+    adoptList(&internalPeerNames_);
     setDefault();
 }
 
@@ -38,10 +62,10 @@ bool validTimers(const TCLBgp4Neighbor& t) { return holdTime(t.holdTime) && t.ke
 
 // On a port without the BGP families every switch keeps the record's
 // default and a differing one is reported; without a port the same, with
-// another text. Neither fails the conversion.
-int TCLBgp4Neighbor::intoRecordRest(Neighbor& r) {
+// another text. Neither refuses the neighbor.
+void TCLBgp4Neighbor::setFamilies(Neighbor& r) const {
     Port* port = currentPort();
-    if (port && port->bgpFamilies) return kOk;
+    if (port && port->bgpFamilies) return;
     const Neighbor defaults;
     if (!port) setLastError("TCLBgp4Neighbor::SetBgpNeighbor(): Please select the port to configure port specific features");
     for (const Family& f : kFamilies) {
@@ -49,7 +73,22 @@ int TCLBgp4Neighbor::intoRecordRest(Neighbor& r) {
             setLastErrorf("TCLBgp4Neighbor::SetBgpNeighbor():  %s is not supported on port %s.", f.option, portName(*port));
         r.*f.field = defaults.*f.field;
     }
+}
+
+// A route filter or internal table that does not convert refuses the
+// neighbor with its own message.
+int TCLBgp4Neighbor::intoRecordRest(Neighbor& r) {
+    setFamilies(r);
+    if (TCLBgp4RouteFilter* filter = routeFilter_.get(); filter && filter->ToRecord(r.routeFilter) != kOk) return kFail;
+    if (TCLBgp4InternalTable* table = internalTable_.get(); table && table->ToRecord(r.internalTable) != kOk)
+        return kFail;
     return kOk;
+}
+
+void TCLBgp4Neighbor::FromRecord(const Neighbor& r) {
+    Staged::FromRecord(r);
+    if (TCLBgp4RouteFilter* filter = routeFilter_.get()) filter->FromRecord(r.routeFilter);
+    if (TCLBgp4InternalTable* table = internalTable_.get()) table->FromRecord(r.internalTable);
 }
 
 void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
@@ -59,7 +98,9 @@ void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
 static binding::Describe<TCLBgp4Neighbor> describeNeighbor("TCLBgp4Neighbor", [](auto& c) {
     using T = TCLBgp4Neighbor;
     using R = Neighbor;
-    c.template constructor<TCLBgp4RouteRange*>("pBgpRouteRange");
+    c.template constructor<TCLBgp4RouteRange*, TCLBgp4L3Site*, TCLBgp4MplsRouteRange*, TCLBgp4PrefixFilter*,
+                           TCLBgp4RouteFilter*, TCLBgp4InternalTable*>(
+        "pBgpRouteRange", "pL3Site", "pMplsRouteRange", "pPrefixFilter", "pRouteFilter", "pInternalTable");
     c.option("type", &T::type).check(range(0, 1)).maps(&R::type);
     c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
     c.option("addressType", &T::addressType).check([](int t) {
@@ -97,6 +138,9 @@ static binding::Describe<TCLBgp4Neighbor> describeNeighbor("TCLBgp4Neighbor", []
     for (const Family& f : kFamilies) c.option(f.option, f.value).check(boolean).maps(f.field);
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeId", "clearAllRouteRanges");
+    describeCollection<&T::l3Sites>(c, "L3Site", "l3SiteId", "clearAllL3Sites");
+    describeCollection<&T::mplsRouteRanges>(c, "MplsRouteRange", "mplsRouteRangeId", "clearAllMplsRouteRanges");
+    describeCollection<&T::prefixFilters>(c, "PrefixFilter", "prefixFilterId", "clearAllPrefixFilter");
 });
 
 }  // namespace zk

@@ -5,15 +5,38 @@
 
 #include <string>
 
+#include <functional>
+
 #include "binding/staged.h"
+#include "bgp4/filters.h"
+#include "bgp4/l3vpn.h"
 #include "bgp4/routes.h"
 #include "hal/bgp.h"
 
 namespace zk {
 
+// The names of another object's list, kept with a parent's stored records
+// as if they were the parent's own; never emptied by the parent's add.
+class BorrowedNames : public CollectionBase {
+public:
+    explicit BorrowedNames(std::function<CollectionBase*()> list) : list_(std::move(list)) {}
+    ItemList snapshot() override;
+    void restore(const ItemList& names) override;
+    void clearQuiet() override {}
+    void resetCursor() override;
+
+private:
+    std::function<CollectionBase*()> list_;
+};
+
+// The route filter and the internal table are single staging objects: a
+// neighbor takes them over at each conversion and loads them back with
+// itself, the table together with the names of its peers.
 class TCLBgp4Neighbor : public binding::Staged<TCLBgp4Neighbor, hal::EBGP::ConfigNeighbor> {
 public:
-    explicit TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange);
+    TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange, TCLBgp4L3Site* pL3Site, TCLBgp4MplsRouteRange* pMplsRouteRange,
+                    TCLBgp4PrefixFilter* pPrefixFilter, TCLBgp4RouteFilter* pRouteFilter,
+                    TCLBgp4InternalTable* pInternalTable);
 
     int type;
     int enable;
@@ -45,9 +68,20 @@ public:
     int enableIpV6MplsVpn;
 
     ChildList<TCLBgp4RouteRange, &hal::EBGP::ConfigNeighbor::routeRanges> routeRanges;
+    ChildList<TCLBgp4L3Site, &hal::EBGP::ConfigNeighbor::l3Sites> l3Sites;
+    ChildList<TCLBgp4MplsRouteRange, &hal::EBGP::ConfigNeighbor::mplsRouteRanges> mplsRouteRanges;
+    ChildList<TCLBgp4PrefixFilter, &hal::EBGP::ConfigNeighbor::prefixFilters> prefixFilters;
 
+    void FromRecord(const hal::EBGP::ConfigNeighbor& r);
     int intoRecordRest(hal::EBGP::ConfigNeighbor& r);
     void fromRecordRest(const hal::EBGP::ConfigNeighbor& r);
+
+private:
+    void setFamilies(hal::EBGP::ConfigNeighbor& r) const;
+
+    Ref<TCLBgp4RouteFilter> routeFilter_;
+    Ref<TCLBgp4InternalTable> internalTable_;
+    BorrowedNames internalPeerNames_;
 };
 
 }  // namespace zk

@@ -131,4 +131,37 @@ static binding::Describe<TCLBgp4RouteRange> describeRouteRange("TCLBgp4RouteRang
                                                 "clearAllExtendedCommunities");
 });
 
+namespace {
+
+// Labels 0 to 15 are reserved; a label is 20 bits.
+template <class T, class R>
+void describeLabels(binding::ClassDesc<T>& c, hal::EBGP::ConfigLabels R::*labels) {
+    using O = Bgp4LabelOptions;
+    using L = hal::EBGP::ConfigLabels;
+    c.option("labelMode", &O::labelMode).check(range(0, 1)).maps(labels, &L::labelMode);
+    c.option("startLabel", &O::startLabel).check(range(16, 1048575)).maps(labels, &L::startLabel);
+}
+
+}  // namespace
+
+static binding::Describe<TCLBgp4MplsRouteRange> describeMplsRouteRange("TCLBgp4MplsRouteRange", [](auto& c) {
+    c.constructor();
+    describeRouteOptions(c);
+    describeLabels(c, &hal::EBGP::ConfigMplsRouteRange::labels);
+});
+
+static binding::Describe<TCLBgp4VpnRouteRange> describeVpnRouteRange("TCLBgp4VpnRouteRange", [](auto& c) {
+    using T = TCLBgp4VpnRouteRange;
+    using R = hal::EBGP::ConfigVpnRouteRange;
+    c.constructor();
+    describeRouteOptions(c);
+    describeLabels(c, &R::labels);
+    describeAdministrator(c, "distinguisher", &T::distinguisherType, &T::distinguisherAsNum, &T::distinguisherIpAddress,
+                          &T::distinguisherAssignedNum, &R::distinguisher);
+    c.option("distinguisherIncrementMode", &T::distinguisherIncrementMode)
+        .check(range(0, 1))
+        .maps(&R::distinguisherIncrementMode);
+    c.option("distinguisherStep", &T::distinguisherStep).maps(&R::distinguisherStep);
+});
+
 }  // namespace zk

@@ -127,6 +127,154 @@ struct ConfigRoutes : ERecord {
 // Unlabelled unicast or multicast routes of either family.
 struct ConfigRouteRange : ConfigRoutes {};
 
+// Labels of labelled routes: one for all, or one more for each route.
+// A label is 20 bits; 0 to 15 are reserved.
+struct ConfigLabels {
+    uint8_t labelMode = 0;  // fixed
+    UIntBits<20> startLabel = 16;
+
+    static constexpr auto fields() {
+        using R = ConfigLabels;
+        return hal::fields(field("LabelMode", &R::labelMode, "0 fixed, 1 increment"),
+                           field("StartLabel", &R::startLabel, "20 bits"));
+    }
+};
+
+// Labelled unicast routes (IPv4 or IPv6 with MPLS labels).
+struct ConfigMplsRouteRange : ConfigRoutes {
+    ConfigLabels labels;
+
+    static constexpr auto fields() {
+        return std::tuple_cat(ConfigRoutes::fields(), hal::fields(field("Labels", &ConfigMplsRouteRange::labels)));
+    }
+};
+
+// An AS number or an IPv4 address with an assigned number: the two forms
+// of a route distinguisher and of a route target. The assigned number is
+// 32 bits beside an AS number, 16 beside an address.
+struct ConfigAdministrator {
+    uint8_t type = 0;  // AS
+    uint16_t asNumber = 64512;
+    EIPAddress ipAddress;
+    uint32_t assignedNumber = 1;
+
+    static constexpr auto fields() {
+        using R = ConfigAdministrator;
+        return hal::fields(field("Type", &R::type, "0 AS and 32-bit number, 1 IPv4 address and 16-bit number"),
+                           field("ASNumber", &R::asNumber), field("IPAddress", &R::ipAddress),
+                           field("AssignedNumber", &R::assignedNumber));
+    }
+};
+
+struct ConfigRouteTarget : ERecord {
+    ConfigAdministrator target;
+
+    static constexpr auto fields() {
+        return std::tuple_cat(ERecord::fields(), hal::fields(field("Target", &ConfigRouteTarget::target)));
+    }
+};
+
+// VPN routes: labelled, each under a route distinguisher that stays fixed
+// or moves on by its global or local part from one route to the next.
+struct ConfigVpnRouteRange : ConfigRoutes {
+    ConfigLabels labels;
+    ConfigAdministrator distinguisher;
+    uint8_t distinguisherIncrementMode = 1;  // the local part
+    uint32_t distinguisherStep = 0;          // 0: one distinguisher for every route
+
+    static constexpr auto fields() {
+        using R = ConfigVpnRouteRange;
+        return std::tuple_cat(ConfigRoutes::fields(),
+                              hal::fields(field("Labels", &R::labels), field("Distinguisher", &R::distinguisher),
+                                          field("DistinguisherIncrementMode", &R::distinguisherIncrementMode,
+                                                "0 global part, 1 local part"),
+                                          field("DistinguisherStep", &R::distinguisherStep)));
+    }
+};
+
+// One VPN site behind the emulated PE: its routes and the route targets it
+// imports and exports.
+struct ConfigL3Site : ERecord {
+    bool enabled = true;
+    std::string description;
+    RecordList<ConfigVpnRouteRange> vpnRouteRanges;
+    RecordList<ConfigRouteTarget> importTargets;
+    RecordList<ConfigRouteTarget> exportTargets;
+
+    static constexpr auto fields() {
+        using R = ConfigL3Site;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("Enabled", &R::enabled), field("Description", &R::description),
+                                          field("VPNRouteRanges", &R::vpnRouteRanges),
+                                          field("ImportTargets", &R::importTargets),
+                                          field("ExportTargets", &R::exportTargets)));
+    }
+};
+
+// Learned routes a neighbor keeps: of one family, or one of the prefixes
+// given (or anything longer inside it).
+struct ConfigPrefixFilter : ERecord {
+    bool enabled = true;
+    uint8_t family = 1;  // IPv4 unicast
+    EIPAddress network;
+    uint8_t prefixLength = 0;
+    bool exactMatch = false;
+
+    static constexpr auto fields() {
+        using R = ConfigPrefixFilter;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("Enabled", &R::enabled),
+                                          field("Family", &R::family, "1 to 8: IPv4/IPv6 unicast, multicast, MPLS, VPN; 9 user defined"),
+                                          field("Network", &R::network), field("PrefixLength", &R::prefixLength),
+                                          field("ExactMatch", &R::exactMatch, "false: longer prefixes match too")));
+    }
+};
+
+struct ConfigRouteFilter {
+    bool enabled = false;
+    uint8_t family = 0;  // every family
+    bool usePrefixFilters = false;
+    uint32_t maxRoutes = 0;  // no limit
+
+    static constexpr auto fields() {
+        using R = ConfigRouteFilter;
+        return hal::fields(field("Enabled", &R::enabled), field("Family", &R::family, "0: every family"),
+                           field("UsePrefixFilters", &R::usePrefixFilters), field("MaxRoutes", &R::maxRoutes, "0: no limit"));
+    }
+};
+
+// A further internal peer of the emulated router: it opens a session with
+// each, so the router sits in a full IBGP mesh.
+struct ConfigInternalNeighborItem : ERecord {
+    bool enabled = true;
+    EIPAddress dutAddress;
+
+    static constexpr auto fields() {
+        using R = ConfigInternalNeighborItem;
+        return std::tuple_cat(ERecord::fields(),
+                              hal::fields(field("Enabled", &R::enabled), field("DUTAddress", &R::dutAddress)));
+    }
+};
+
+// The internal sessions of one neighbor: connection settings that stand in
+// for the port's internal block while enabled, and the further peers.
+struct ConfigInternalTable {
+    bool enabled = false;
+    uint32_t retries = 3;
+    uint32_t retryDelay = 120;
+    bool activeConnect = true;
+    bool establishOnceOnly = false;
+    RecordList<ConfigInternalNeighborItem> peers;
+
+    static constexpr auto fields() {
+        using R = ConfigInternalTable;
+        return hal::fields(field("Enabled", &R::enabled, "false: the port's internal block applies"),
+                           field("ConnectRetries", &R::retries), field("RetryDelay", &R::retryDelay, "seconds"),
+                           field("ActiveConnect", &R::activeConnect), field("EstablishOnceOnly", &R::establishOnceOnly),
+                           field("Peers", &R::peers));
+    }
+};
+
 // One emulated BGP peer and everything it advertises.
 struct ConfigNeighbor : ERecord {
     uint8_t type = 0;  // internal
@@ -157,6 +305,11 @@ struct ConfigNeighbor : ERecord {
     bool ipV6Mpls = false;
     bool ipV6MplsVpn = false;
     RecordList<ConfigRouteRange> routeRanges;
+    RecordList<ConfigL3Site> l3Sites;
+    RecordList<ConfigMplsRouteRange> mplsRouteRanges;
+    RecordList<ConfigPrefixFilter> prefixFilters;
+    ConfigRouteFilter routeFilter;
+    ConfigInternalTable internalTable;
 
     static constexpr auto fields() {
         using R = ConfigNeighbor;
@@ -179,7 +332,9 @@ struct ConfigNeighbor : ERecord {
                 field("IPv4MPLS", &R::ipV4Mpls), field("IPv4MPLSVPN", &R::ipV4MplsVpn),
                 field("IPv6Unicast", &R::ipV6Unicast), field("IPv6Multicast", &R::ipV6Multicast),
                 field("IPv6MPLS", &R::ipV6Mpls), field("IPv6MPLSVPN", &R::ipV6MplsVpn),
-                field("RouteRanges", &R::routeRanges)));
+                field("RouteRanges", &R::routeRanges), field("L3Sites", &R::l3Sites),
+                field("MPLSRouteRanges", &R::mplsRouteRanges), field("PrefixFilters", &R::prefixFilters),
+                field("RouteFilter", &R::routeFilter), field("InternalTable", &R::internalTable)));
     }
 };
 

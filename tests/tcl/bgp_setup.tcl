@@ -2,15 +2,25 @@
 source [file join [file dirname [info script]] common.tcl]
 
 # A fresh lab (answers without delay) and a fresh tree under fixed names:
-#   srv -> nbr -> rr;  rr -> asp, ext.
+#   srv -> nbr -> rr, site, mpls, pf, rf, tbl;  rr -> asp, ext;
+#   site -> vrr, rt;  tbl -> peer.
+set ::bgpObjects {srv nbr rr asp ext site vrr rt mpls pf rf tbl peer}
 proc bgpTree {} {
     fresh
     zkchassis::configure -replyDelay 0
-    foreach obj {srv nbr rr asp ext} { if {[info commands ::$obj] ne ""} { $obj -delete } }
+    foreach obj $::bgpObjects { if {[info commands ::$obj] ne ""} { $obj -delete } }
     TCLBgp4AsPathItem asp
     TCLBgp4ExtendedCommunity ext
     TCLBgp4RouteRange rr [asp cget -this] [ext cget -this]
-    TCLBgp4Neighbor nbr [rr cget -this]
+    TCLBgp4VpnRouteRange vrr
+    TCLBgp4RouteTarget rt
+    TCLBgp4L3Site site [vrr cget -this] [rt cget -this]
+    TCLBgp4MplsRouteRange mpls
+    TCLBgp4PrefixFilter pf
+    TCLBgp4RouteFilter rf
+    TCLBgp4InternalNeighborItem peer
+    TCLBgp4InternalTable tbl [peer cget -this]
+    TCLBgp4Neighbor nbr {*}[lmap o {rr site mpls pf rf tbl} { $o cget -this }]
     TCLBgp4Server srv [nbr cget -this]
 }
 proc bgpPort {} { bgpTree; srv select 1 1 1 }
@@ -38,7 +48,11 @@ proc noIds {record} {
     set out {}
     dict for {k v} $record {
         if {$k eq "ID"} continue
-        if {$k in {RouteRanges AsPath ExtendedCommunities}} { set v [lmap x $v { noIds $x }] }
+        if {$k in {RouteRanges AsPath ExtendedCommunities L3Sites VPNRouteRanges ImportTargets ExportTargets MPLSRouteRanges PrefixFilters Peers}} {
+            set v [lmap x $v { noIds $x }]
+        } elseif {$k eq "InternalTable"} {
+            set v [noIds $v]
+        }
         dict set out $k $v
     }
     return $out

@@ -21,7 +21,8 @@ void BorrowedNames::resetCursor() {
 
 TCLBgp4Neighbor::TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange, TCLBgp4L3Site* pL3Site,
                                  TCLBgp4MplsRouteRange* pMplsRouteRange, TCLBgp4PrefixFilter* pPrefixFilter,
-                                 TCLBgp4RouteFilter* pRouteFilter, TCLBgp4InternalTable* pInternalTable)
+                                 TCLBgp4RouteFilter* pRouteFilter, TCLBgp4InternalTable* pInternalTable,
+                                 TCLBgp4LearnedRoute* pLearnedRoute)
     : routeRanges(this, pBgpRouteRange),
       l3Sites(this, pL3Site),
       mplsRouteRanges(this, pMplsRouteRange),
@@ -31,7 +32,8 @@ TCLBgp4Neighbor::TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange, TCLBgp4L3Sit
       internalPeerNames_([this]() -> CollectionBase* {
           TCLBgp4InternalTable* table = internalTable_.get();
           return table ? &table->neighborItems : nullptr;
-      }) {
+      }),
+      learnedRoute_(pLearnedRoute) {
     adoptList(&internalPeerNames_);
     setDefault();
 }
@@ -85,7 +87,23 @@ int TCLBgp4Neighbor::intoRecordRest(Neighbor& r) {
     return kOk;
 }
 
+void TCLBgp4Neighbor::setDefault() {
+    Staged::setDefault();
+    statisticValue.clear();
+    forgetLearned();
+}
+
+void TCLBgp4Neighbor::forgetLearned() {
+    routesReply_.forget();
+    statsReply_.forget();
+    learned_.clear();
+    learnedCursor_ = 0;
+    numberOfLearnedRoutes = 0;
+}
+
+// Another neighbor's record: what was learned belonged to the one before.
 void TCLBgp4Neighbor::FromRecord(const Neighbor& r) {
+    if (!(r.GetID() == work().GetID())) forgetLearned();
     Staged::FromRecord(r);
     if (TCLBgp4RouteFilter* filter = routeFilter_.get()) filter->FromRecord(r.routeFilter);
     if (TCLBgp4InternalTable* table = internalTable_.get()) table->FromRecord(r.internalTable);
@@ -95,12 +113,94 @@ void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
     addressType = r.localAddress.IsV6() ? bgp4::kAddressTypeIpV6 : bgp4::kAddressTypeIpV4;
 }
 
+// ---- learned routes and statistics ----
+
+int TCLBgp4Neighbor::mayRequest(const char* function) const {
+    Port* port = currentPort();
+    if (!port) {
+        setLastErrorf("TCLBgp4Neighbor::%s()   You have not selected the port.", function);
+        return kNoPort;
+    }
+    if (!work().GetID().IsValid()) {
+        setLastErrorf("TCLBgp4Neighbor::%s()   The neighbor has not been loaded from the server.", function);
+        return kNoPort;
+    }
+    if (!port->available || port->writeFails) {
+        setLastErrorf("TCLBgp4Neighbor::%s()   The request could not be sent to port %s.", function, portName(*port));
+        return kFail;
+    }
+    return kOk;
+}
+
+int TCLBgp4Neighbor::requestLearnedRoutes() {
+    if (int r = mayRequest("requestLearnedRoutes")) return r;
+    routesReply_.send(*currentPort(), kBgpRoutesKind, work().dutAddress.ToString(), token());
+    return kOk;
+}
+
+// The list keeps what passes the neighbor's filters as stored, up to the
+// route filter's limit.
+int TCLBgp4Neighbor::getLearnedRouteList() {
+    if (!routesReply_.arrived()) {
+        setLastError("TCLBgp4Neighbor::getLearnedRouteList()   No learned routes have arrived yet.");
+        return kFail;
+    }
+    learned_.clear();
+    learnedCursor_ = 0;
+    const uint32_t limit = work().routeFilter.enabled ? work().routeFilter.maxRoutes : 0;
+    if (auto reply = routesReply_.data())
+        for (const auto& route : reply->routes) {
+            if (limit && learned_.size() >= limit) break;
+            if (keepsRoute(work(), route)) learned_.push_back(route);
+        }
+    numberOfLearnedRoutes = int(learned_.size());
+    return kOk;
+}
+
+int TCLBgp4Neighbor::getFirstLearnedRoute() {
+    learnedCursor_ = 0;
+    return getNextLearnedRoute();
+}
+
+int TCLBgp4Neighbor::getNextLearnedRoute() {
+    TCLBgp4LearnedRoute* staging = learnedRoute_.get();
+    if (!staging || learnedCursor_ >= learned_.size()) {
+        setLastError("TCLBgp4Neighbor::getNextLearnedRoute()   No more learned routes.");
+        return kFail;
+    }
+    staging->FromRecord(learned_[learnedCursor_++]);
+    return kOk;
+}
+
+int TCLBgp4Neighbor::requestStatistics() {
+    if (int r = mayRequest("requestStatistics")) return r;
+    statsReply_.send(*currentPort(), kBgpStatsKind, work().dutAddress.ToString(), token());
+    return kOk;
+}
+
+// A counter the port did not report reads 0.
+int TCLBgp4Neighbor::getStatistic(int selector) {
+    if (selector < 0 || selector > kLastStatistic) {
+        setLastErrorf("TCLBgp4Neighbor::getStatistic()   Unknown statistic selector %d.", selector);
+        return kFail;
+    }
+    if (!statsReply_.arrived()) {
+        setLastError("TCLBgp4Neighbor::getStatistic()   No statistics have arrived yet.");
+        return kFail;
+    }
+    statisticValue = "0";
+    if (auto reply = statsReply_.data())
+        if (auto it = reply->values.find(selector); it != reply->values.end()) statisticValue = it->second;
+    return kOk;
+}
+
 static binding::Describe<TCLBgp4Neighbor> describeNeighbor("TCLBgp4Neighbor", [](auto& c) {
     using T = TCLBgp4Neighbor;
     using R = Neighbor;
     c.template constructor<TCLBgp4RouteRange*, TCLBgp4L3Site*, TCLBgp4MplsRouteRange*, TCLBgp4PrefixFilter*,
-                           TCLBgp4RouteFilter*, TCLBgp4InternalTable*>(
-        "pBgpRouteRange", "pL3Site", "pMplsRouteRange", "pPrefixFilter", "pRouteFilter", "pInternalTable");
+                           TCLBgp4RouteFilter*, TCLBgp4InternalTable*, TCLBgp4LearnedRoute*>(
+        "pBgpRouteRange", "pL3Site", "pMplsRouteRange", "pPrefixFilter", "pRouteFilter", "pInternalTable",
+        "pLearnedRoute");
     c.option("type", &T::type).check(range(0, 1)).maps(&R::type);
     c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
     c.option("addressType", &T::addressType).check([](int t) {
@@ -136,7 +236,15 @@ static binding::Describe<TCLBgp4Neighbor> describeNeighbor("TCLBgp4Neighbor", []
     c.option("linkFlapDownTime", &T::linkFlapDownTime).check(atLeast(0)).maps(&R::linkDownTime);
     // Read back as stored; they reach the record only where the port has the families.
     for (const Family& f : kFamilies) c.option(f.option, f.value).check(boolean).maps(f.field);
+    c.readOnly("numberOfLearnedRoutes", &T::numberOfLearnedRoutes);
+    c.readOnly("statisticValue", &T::statisticValue);
     c.method("setDefault", &T::setDefault);
+    c.method("requestLearnedRoutes", &T::requestLearnedRoutes);
+    c.method("getLearnedRouteList", &T::getLearnedRouteList);
+    c.method("getFirstLearnedRoute", &T::getFirstLearnedRoute);
+    c.method("getNextLearnedRoute", &T::getNextLearnedRoute);
+    c.method("requestStatistics", &T::requestStatistics);
+    c.method("getStatistic", &T::getStatistic, "selector");
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeId", "clearAllRouteRanges");
     describeCollection<&T::l3Sites>(c, "L3Site", "l3SiteId", "clearAllL3Sites");
     describeCollection<&T::mplsRouteRanges>(c, "MplsRouteRange", "mplsRouteRangeId", "clearAllMplsRouteRanges");

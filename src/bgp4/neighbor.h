@@ -10,6 +10,8 @@
 #include "binding/staged.h"
 #include "bgp4/filters.h"
 #include "bgp4/l3vpn.h"
+#include "bgp4/learned.h"
+#include "core/learned_reply.h"
 #include "bgp4/routes.h"
 #include "hal/bgp.h"
 
@@ -36,7 +38,7 @@ class TCLBgp4Neighbor : public binding::Staged<TCLBgp4Neighbor, hal::EBGP::Confi
 public:
     TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange, TCLBgp4L3Site* pL3Site, TCLBgp4MplsRouteRange* pMplsRouteRange,
                     TCLBgp4PrefixFilter* pPrefixFilter, TCLBgp4RouteFilter* pRouteFilter,
-                    TCLBgp4InternalTable* pInternalTable);
+                    TCLBgp4InternalTable* pInternalTable, TCLBgp4LearnedRoute* pLearnedRoute);
 
     int type;
     int enable;
@@ -66,6 +68,19 @@ public:
     int enableIpV6Multicast;
     int enableIpV6Mpls;
     int enableIpV6MplsVpn;
+    int numberOfLearnedRoutes;
+    std::string statisticValue;
+
+    void setDefault();
+    // Learned routes: 0 sent; 100 no port or a neighbor not loaded from the
+    // server; 1 the port cannot be asked. The list: 0 in, 1 not yet.
+    int requestLearnedRoutes();
+    int getLearnedRouteList();
+    int getFirstLearnedRoute();
+    int getNextLearnedRoute();
+    // Statistics: requested as the routes are; one value by its selector.
+    int requestStatistics();
+    int getStatistic(int selector);
 
     ChildList<TCLBgp4RouteRange, &hal::EBGP::ConfigNeighbor::routeRanges> routeRanges;
     ChildList<TCLBgp4L3Site, &hal::EBGP::ConfigNeighbor::l3Sites> l3Sites;
@@ -78,10 +93,18 @@ public:
 
 private:
     void setFamilies(hal::EBGP::ConfigNeighbor& r) const;
+    int mayRequest(const char* function) const;
+    void forgetLearned();
 
     Ref<TCLBgp4RouteFilter> routeFilter_;
     Ref<TCLBgp4InternalTable> internalTable_;
     BorrowedNames internalPeerNames_;
+
+    Ref<TCLBgp4LearnedRoute> learnedRoute_;
+    LearnedReply<LearnedBgpRoutes> routesReply_;
+    LearnedReply<LearnedBgpStats> statsReply_;
+    std::vector<hal::EBGP::LearnedRoute> learned_;  // what passed the filters
+    size_t learnedCursor_ = 0;
 };
 
 }  // namespace zk

@@ -338,6 +338,29 @@ struct ConfigNeighbor : ERecord {
     }
 };
 
+// A route a neighbor learned from the device under test.
+struct LearnedRoute {
+    uint8_t family = 1;  // IPv4 unicast
+    EIPAddress network;
+    uint8_t prefixLength = 0;
+    EIPAddress nextHop;
+    uint8_t origin = 0;
+    std::vector<uint16_t> asPath;
+    uint32_t localPreference = 0;
+    uint32_t med = 0;
+    std::vector<uint32_t> communities;
+    UIntBits<20> label = 0;  // labelled and VPN routes
+
+    static constexpr auto fields() {
+        using R = LearnedRoute;
+        return hal::fields(field("Family", &R::family), field("Network", &R::network),
+                           field("PrefixLength", &R::prefixLength), field("NextHop", &R::nextHop),
+                           field("Origin", &R::origin), field("ASPath", &R::asPath),
+                           field("LocalPreference", &R::localPreference), field("MED", &R::med),
+                           field("Communities", &R::communities), field("Label", &R::label));
+    }
+};
+
 }  // namespace EBGP
 
 // The BGP-4 configuration of one port.

@@ -2,9 +2,9 @@
 source [file join [file dirname [info script]] common.tcl]
 
 # A fresh lab (answers without delay) and a fresh tree under fixed names:
-#   srv -> nbr -> rr, site, mpls, pf, rf, tbl;  rr -> asp, ext;
+#   srv -> nbr -> rr, site, mpls, pf, rf, tbl, lr;  rr -> asp, ext;
 #   site -> vrr, rt;  tbl -> peer.
-set ::bgpObjects {srv nbr rr asp ext site vrr rt mpls pf rf tbl peer}
+set ::bgpObjects {srv nbr rr asp ext site vrr rt mpls pf rf tbl peer lr}
 proc bgpTree {} {
     fresh
     zkchassis::configure -replyDelay 0
@@ -20,7 +20,8 @@ proc bgpTree {} {
     TCLBgp4RouteFilter rf
     TCLBgp4InternalNeighborItem peer
     TCLBgp4InternalTable tbl [peer cget -this]
-    TCLBgp4Neighbor nbr {*}[lmap o {rr site mpls pf rf tbl} { $o cget -this }]
+    TCLBgp4LearnedRoute lr
+    TCLBgp4Neighbor nbr {*}[lmap o {rr site mpls pf rf tbl lr} { $o cget -this }]
     TCLBgp4Server srv [nbr cget -this]
 }
 proc bgpPort {} { bgpTree; srv select 1 1 1 }

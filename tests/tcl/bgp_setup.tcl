@@ -1,28 +1,31 @@
 # Helpers shared by the BGP-4 suites: one object tree and JSON look-ups.
 source [file join [file dirname [info script]] common.tcl]
 
-# A fresh lab (answers without delay) and a fresh tree under fixed names:
-#   srv -> nbr -> rr, site, mpls, pf, rf, tbl, lr;  rr -> asp, ext;
-#   site -> vrr, rt;  tbl -> peer.
-set ::bgpObjects {srv nbr rr asp ext site vrr rt mpls pf rf tbl peer lr}
+# A fresh lab (answers without delay) and a fresh tree under fixed names,
+# each object built on the staging objects it lists.
+set ::bgpTreeSpec {
+    asp TCLBgp4AsPathItem {}
+    ext TCLBgp4ExtendedCommunity {}
+    rr TCLBgp4RouteRange {asp ext}
+    vrr TCLBgp4VpnRouteRange {}
+    rt TCLBgp4RouteTarget {}
+    site TCLBgp4L3Site {vrr rt}
+    mpls TCLBgp4MplsRouteRange {}
+    pf TCLBgp4PrefixFilter {}
+    rf TCLBgp4RouteFilter {}
+    peer TCLBgp4InternalNeighborItem {}
+    tbl TCLBgp4InternalTable {peer}
+    lr TCLBgp4LearnedRoute {}
+    nbr TCLBgp4Neighbor {rr site mpls pf rf tbl lr}
+    srv TCLBgp4Server {nbr}
+}
 proc bgpTree {} {
     fresh
     zkchassis::configure -replyDelay 0
-    foreach obj $::bgpObjects { if {[info commands ::$obj] ne ""} { $obj -delete } }
-    TCLBgp4AsPathItem asp
-    TCLBgp4ExtendedCommunity ext
-    TCLBgp4RouteRange rr [asp cget -this] [ext cget -this]
-    TCLBgp4VpnRouteRange vrr
-    TCLBgp4RouteTarget rt
-    TCLBgp4L3Site site [vrr cget -this] [rt cget -this]
-    TCLBgp4MplsRouteRange mpls
-    TCLBgp4PrefixFilter pf
-    TCLBgp4RouteFilter rf
-    TCLBgp4InternalNeighborItem peer
-    TCLBgp4InternalTable tbl [peer cget -this]
-    TCLBgp4LearnedRoute lr
-    TCLBgp4Neighbor nbr {*}[lmap o {rr site mpls pf rf tbl lr} { $o cget -this }]
-    TCLBgp4Server srv [nbr cget -this]
+    foreach {obj cls staging} $::bgpTreeSpec {
+        if {[info commands ::$obj] ne ""} { $obj -delete }
+        $cls $obj {*}[lmap s $staging { $s cget -this }]
+    }
 }
 proc bgpPort {} { bgpTree; srv select 1 1 1 }
 proc freshTree {} { bgpTree }

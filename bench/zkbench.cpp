@@ -12,6 +12,9 @@
 //                  per stored range (RSS growth) beside a Tcl list of the
 //                  same names, and writing the port plus reading its JSON
 //                  back, per range against the no-op command
+//   BGP at scale   a BGP-4 neighbor with a million route ranges: the cost
+//                  of each add by tenth of the list, against the no-op
+//                  call, and the times to add, write and read it back
 //
 // Each sample is the best of three tries (preemption only adds time), and
 // the figures are medians of the samples.
@@ -251,6 +254,53 @@ bool benchScale(int ranges, double floorNs) {
     return true;
 }
 
+// A neighbor with `routes` route ranges of one route each: the cost of each
+// addRouteRange by tenth of the list (flat when nothing grows with it), and
+// the time to add the neighbor, write the port and read the JSON back.
+bool benchBgpScale(int routes) {
+    Tcl_Interp* interp = callInterp();
+    if (!interp) return false;
+    double empty = timeLoop(interp, "loop_empty", 100000), floor = timeLoop(interp, "loop_0", 100000) - empty;
+    const char* setup =
+        "package require zkchassis\n"
+        "TCLBgp4RouteRange rr NULL NULL\n"
+        "TCLBgp4Neighbor nbr [rr cget -this] NULL NULL NULL NULL NULL NULL\n"
+        "TCLBgp4Server srv [nbr cget -this]\n"
+        "srv select 1 1 1\n"
+        "proc adds {from to} { for {set i $from} {$i < $to} {incr i} { nbr addRouteRange r$i } }\n";
+    if (!eval(interp, setup)) return false;
+    int tenth = routes / 10;
+    std::printf("scale: one neighbor with %d route ranges (floor: the no-op call, %.1f ns)\n", tenth * 10, floor);
+    auto seconds = [&](const std::string& script) {
+        auto start = Clock::now();
+        bool ok = eval(interp, script);
+        double s = std::chrono::duration<double>(Clock::now() - start).count();
+        return ok ? s : -1.0;
+    };
+    for (int t = 0; t < 10; ++t) {
+        double s = seconds("adds " + std::to_string(t * tenth) + " " + std::to_string((t + 1) * tenth));
+        if (s < 0) return false;
+        double ns = s * 1e9 / tenth;
+        std::printf("  addRouteRange, tenth %2d          %8.0f ns   %7.1fx\n", t + 1, ns, ns / floor);
+    }
+    struct Step {
+        const char* name;
+        const char* script;
+    } steps[] = {{"addNeighbor (converts the list)", "srv addNeighbor big"},
+                 {"write (JSON to the port)", "srv write"},
+                 {"zkchassis::written (read back)", "set json [zkchassis::written 1 1 1 bgp4]; string length $json"},
+                 {"getNeighbor (loads it back)", "srv getNeighbor big"}};
+    for (const Step& step : steps) {
+        double s = seconds(step.script);
+        if (s < 0) return false;
+        std::printf("  %-34s %8.3f s\n", step.name, s);
+    }
+    eval(interp, "string length $json");
+    std::printf("  JSON written                       %8.1f MB\n\n", std::atof(Tcl_GetStringResult(interp)) / 1e6);
+    Tcl_DeleteInterp(interp);
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -271,5 +321,6 @@ int main(int argc, char** argv) {
     double floorNs = 0;
     ok = benchCalls(quick ? 3 : 15, quick ? 10000 : 100000, floorNs) && ok;
     ok = benchScale(quick ? 20000 : 1000000, floorNs) && ok;
+    ok = benchBgpScale(quick ? 10000 : 1000000) && ok;
     return ok ? 0 : 1;
 }

@@ -217,6 +217,8 @@ const PortOption kOptions[] = {
      getInt<&Port::ospfFeatures>, setFlag<&Port::ospfFeatures>, copy<&Port::ospfFeatures>},
     {"-refreshReduction", "boolean", "`1`", "RSVP refresh reduction", getInt<&Port::refreshReduction>,
      setFlag<&Port::refreshReduction>, copy<&Port::refreshReduction>},
+    {"-bgpFamilies", "boolean", "`1`", "BGP address families beyond IPv4 unicast (multicast, labelled, VPN, IPv6)",
+     getInt<&Port::bgpFamilies>, setFlag<&Port::bgpFamilies>, copy<&Port::bgpFamilies>},
     {"-mtu", "`{min max}`", "`64 9216`", "the MTU range the port accepts", getMtu, setMtu,
      copy<&Port::mtuMin, &Port::mtuMax>},
     {"-gridLimit", "integer >= 0", "`0`", "largest OSPF grid rows/columns; 0 is no limit", getInt<&Port::gridLimit>,

@@ -33,47 +33,5 @@ proc plantMessage {} {
     rr configure -enable 1
 }
 
-# A call's result code and, when it failed, its message.
-proc outcome {args} {
-    set ::zkErrorInfo ""
-    set code [uplevel 1 $args]
-    list $code [expr {$code == 0 ? "" : $::zkErrorInfo}]
-}
-
-proc jsonHas {json key value} { expr {[string first "\"$key\":$value" $json] >= 0} }
-proc optionValues {obj options} { concat {*}[lmap opt $options {list $opt [$obj cget -$opt]}] }
-
-# Configures $obj with an option/value list, stores it, resets it and loads it
-# back: {setDefault gave the fresh values, the load's result, values kept}.
-proc roundTrip {obj values store load} {
-    set fresh [optionValues $obj [dict keys $values]]
-    foreach {opt value} $values { $obj configure -$opt $value }
-    uplevel 1 $store
-    $obj setDefault
-    set r [list [expr {[optionValues $obj [dict keys $values]] eq $fresh}] [uplevel 1 $load]]
-    lappend r [expr {[optionValues $obj [dict keys $values]] eq [list {*}$values]}]
-}
-
-# Runs checks on $obj, each in a fresh tree after `prepare`; `add` gives {code
-# message}. Rows, in check order: option, values refused, values taken, message,
-# options needed. With the first refused value of every row up to one, that
-# row's message stands. `more`: further {options message} cases ("": taken).
-proc checkTable {obj prepare add rows {more {}}} {
-    set cases {}
-    set upTo {}
-    foreach row $rows {
-        lassign $row opt refused taken message extra
-        foreach v $refused { lappend cases [list {*}$extra -$opt $v] $message }
-        foreach v $taken { lappend cases [list {*}$extra -$opt $v] "" }
-        if {[llength $refused]} { lappend cases [lappend upTo {*}$extra -$opt [lindex $refused 0]] $message }
-    }
-    set bad {}
-    foreach {options expected} [concat $cases $more] {
-        ospfTree
-        uplevel #0 $prepare
-        $obj configure {*}$options
-        set got [uplevel #0 $add]
-        if {$got ne [list [expr {$expected ne ""}] $expected]} { lappend bad $options $got }
-    }
-    return $bad
-}
+# checkTable (common.tcl) builds its fresh trees with this.
+proc freshTree {} { ospfTree }

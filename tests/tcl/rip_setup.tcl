@@ -24,18 +24,6 @@ proc tree {protocol {select 1}} {
 proc err {args} { set ::zkErrorInfo ""; list [uplevel 1 $args] $::zkErrorInfo }
 proc options {obj} { concat {*}[lmap {opt value} [$obj configure] { list [string range $opt 1 end] $value }] }
 
-# JSON text -> Tcl value: objects become dicts, arrays lists, true/false 1/0.
-proc json {text} {
-    set out ""
-    set sep ""
-    foreach t [regexp -all -inline {"(?:[^"\\]|\\.)*"|[][{}]|[^][{}:,\s"]+} $text] {
-        if {[string match {"*} $t]} { set t [list [subst -nocommands -novariables [string range $t 1 end-1]]] } else { set t [string map {\[ \{ \] \} true 1 false 0} $t] }
-        append out [expr {$t eq "\}" ? "" : $sep}] $t
-        set sep [expr {$t eq "\{" ? "" : " "}]
-    }
-    lindex $out 0
-}
-
 # The routers port 1/1/p holds now (staged) or last received (written); one
 # of them without the record ids.
 proc routers {protocol {p 1} {which staged}} { dict get [json [zkchassis::$which 1 1 $p $protocol]] Routers }

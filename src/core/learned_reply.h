@@ -1,0 +1,47 @@
+// One outstanding request for learned information and its answer: a newer
+// request or forget() makes an answer still due for an older one void.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "chassis/lab.h"
+#include "chassis/port.h"
+
+namespace zk {
+
+template <class Data>
+class LearnedReply {
+public:
+    // The answer is delivered only while `owner` lives.
+    void send(const chassis::Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
+        uint64_t number = ++number_;
+        answered_ = false;
+        reply_.reset();
+        chassis::Lab::instance().replies().request(port.id.key(), kind, key, std::move(owner),
+                                                   [this, number](std::shared_ptr<const chassis::LearnedData> data) {
+                                                       if (number != number_) return;
+                                                       answered_ = true;
+                                                       reply_ = std::dynamic_pointer_cast<const Data>(data);
+                                                   });
+    }
+    // True once the answer is in; data() is then null when the port learned nothing.
+    bool arrived() {
+        chassis::Lab::instance().replies().poll();
+        return answered_;
+    }
+    std::shared_ptr<const Data> data() const { return reply_; }
+    void forget() {
+        ++number_;
+        answered_ = false;
+        reply_.reset();
+    }
+
+private:
+    uint64_t number_ = 0;
+    bool answered_ = false;
+    std::shared_ptr<const Data> reply_;
+};
+
+}  // namespace zk

@@ -1,6 +1,6 @@
 # A seeded random-command fuzzer of the module.
 #
-#   zktclsh fuzz.tcl ?-seed N? ?-seconds S? ?-calls N? ?-trace FILE? ?-verbose 1?
+#   zktclsh fuzz.tcl ?-seed N? ?-seconds S? ?-calls N? ?-trace FILE? ?-verbose 1? ?-deadHandles 1?
 #
 # Draws commands from what the packages registered (class commands, the
 # instance commands of the objects it makes, the flat new_/delete_/method/
@@ -22,7 +22,7 @@
 # makes the same calls, so `-calls N` with the call count a failure names
 # repeats the run up to it; `-trace FILE` writes every call as it is made.
 
-set opts [dict merge {-seed 1 -seconds 10 -calls 0 -trace "" -verbose 0} $argv]
+set opts [dict merge {-seed 1 -seconds 10 -calls 0 -trace "" -verbose 0 -deadHandles 0} $argv]
 set seed [dict get $opts -seed]
 set maxCalls [dict get $opts -calls]
 expr {srand($seed)}
@@ -55,6 +55,11 @@ if {[dict get $opts -trace] ne ""} {
     fconfigure $traceChan -buffering line
 }
 set jsonTexts 0
+# With -deadHandles 1, a call that succeeds with the handle of an object
+# deleted before (even when a new object took its address) is a failure.
+set checkDead [dict get $opts -deadHandles]
+set deadSet {}
+set reissued {}
 
 # A word as Tcl source text, with every character outside printable ASCII
 # written as an escape, so that a call can be pasted into a script.
@@ -121,6 +126,13 @@ proc call {key kind words} {
         }
     } elseif {$code == 0} {
         if {$kind eq "json"} { incr ::jsonTexts }
+        if {$::checkDead} {
+            foreach w [lrange $words 1 end] {
+                if {![dict exists $::deadSet $w]} continue
+                fail "the handle of a deleted object was taken[expr {[dict exists $::reissued $w] ?
+                      " (a new object has the same handle text)" : ""}]" $words $result
+            }
+        }
         if {$kind eq "write" && ![string is entier -strict $result]} {
             fail "write gave no integer" $words $result
         } elseif {$kind eq "json" && [set why [jsonChecked $result]] ne ""} {
@@ -236,6 +248,7 @@ proc handleValue {cls} {
 }
 
 proc rememberObject {ref cls} {
+    if {[dict exists $::deadSet $ref]} { dict set ::reissued $ref 1 }
     lappend ::objs [list $ref $cls]
     if {[llength $::objs] > 150} {
         # let go of the oldest; the lab reset or a replacement frees most of them anyway
@@ -249,9 +262,14 @@ proc rememberObject {ref cls} {
 }
 proc markDead {ref} {
     set ::objs [lmap o $::objs { if {[lindex $o 0] eq $ref} continue; set o }]
-    if {[regexp {^_[0-9a-f]{16}_p_} $ref]} {
-        lappend ::dead $ref
-        if {[llength $::dead] > 50} { set ::dead [lrange $::dead end-49 end] }
+    if {[regexp {^_[0-9a-f]{16}_p_} $ref]} { noteDead $ref }
+}
+proc noteDead {ref} {
+    lappend ::dead $ref
+    dict set ::deadSet $ref 1
+    if {[llength $::dead] > 50} {
+        dict unset ::deadSet [lindex $::dead 0]
+        set ::dead [lrange $::dead 1 end]
     }
 }
 
@@ -694,7 +712,7 @@ proc childInterp {} {
         }
     } handles]
     call childInterp any [list interp delete fuzzChild]
-    if {$code == 0} { foreach h $handles { lappend ::dead $h } }
+    if {$code == 0} { foreach h $handles { noteDead $h } }
 }
 
 # ---------------------------------------------------------------- the run

@@ -12,7 +12,7 @@ WERROR     ?= ON
 sync-werror = @grep -qx 'ZK_WERROR:BOOL=$(WERROR)' $(1)/CMakeCache.txt || \
 	cmake -S . -B $(1) -DZK_WERROR:BOOL=$(WERROR) >/dev/null
 
-.PHONY: all bootstrap build build-asan test test-asan demo bench install docs clean
+.PHONY: all bootstrap build build-asan test test-asan fuzz demo bench install docs clean
 
 all: build
 
@@ -40,6 +40,17 @@ test: build
 
 test-asan: build-asan
 	@cd $(ASAN_BUILD) && ctest --output-on-failure -j $(JOBS)
+
+# A longer run of the random-command fuzzer under ASan + UBSan, for example
+# `make fuzz SECONDS=600 SEED=7`; SEED defaults to the clock, and the run
+# prints it.
+SECONDS ?= 60
+SEED    ?= $(shell date +%s)
+fuzz: build-asan
+	@cd $(ASAN_BUILD) && TCLLIBPATH=$(CURDIR)/$(ASAN_BUILD) \
+	  ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  tests/zktclsh $(CURDIR)/tests/fuzz/fuzz.tcl -seed $(SEED) -seconds $(SECONDS)
 
 demo: build
 	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(TCLSH) examples/demo.tcl

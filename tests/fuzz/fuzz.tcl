@@ -286,13 +286,21 @@ proc usageArgs {cmd} {
 }
 
 # The class of a staging argument: pRipRouteRange is TCLRipRouteRange,
-# pRipRouter the one class TCLRip...Router.
+# pL3Site the one class TCL<protocol>L3Site, pRipRouter the one class
+# TCLRip...Router, pBgpRouteRange the shortest class TCLBgp...Route...Range.
 proc stagingClass {arg} {
-    set words [regexp -all -inline {[A-Z][a-z0-9]*} $arg]
-    set found [lsearch -all -inline -regexp $::classes "^TCL[join $words {(?:[A-Z][a-z0-9]*)*}]\$"]
-    if {"TCL[string range $arg 1 end]" in $found} { return TCL[string range $arg 1 end] }
-    if {[llength $found] != 1} { error "no one class for the staging argument $arg: $found" }
-    lindex $found 0
+    set rest [string range $arg 1 end]
+    foreach pattern [list "^TCL$rest\$" "^TCL\[A-Z\]\[a-z0-9\]*$rest\$" \
+                         "^TCL[join [regexp -all -inline {[A-Z][a-z0-9]*} $arg] {[A-Za-z0-9]*}]\$"] {
+        set found [lsearch -all -inline -regexp $::classes $pattern]
+        if {[llength $found] == 1} { return [lindex $found 0] }
+    }
+    # Several: the one that adds least to the argument's words.
+    set byLength [lsort -command {apply {{a b} { expr {[string length $a] - [string length $b]} }}} $found]
+    if {[llength $byLength] > 1 && [string length [lindex $byLength 0]] < [string length [lindex $byLength 1]]} {
+        return [lindex $byLength 0]
+    }
+    error "no one class for the staging argument $arg: $found"
 }
 
 set classes [lmap c [info commands ::new_*] { string range $c 6 end }]

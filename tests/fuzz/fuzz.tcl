@@ -378,13 +378,13 @@ proc optionValue {kind} {
 # The words of a call of method `m` of `ref` (a handle or an instance
 # command of class `cls`), with `args` or random arguments.
 proc methodWords {ref cls m args} {
-    set spec [dict get $::methods($cls) $m]
+    set sig [dict get $::methods($cls) $m]
     if {![llength $args]} {
-        set n [llength $spec]
-        set optional [llength [lsearch -all -index 1 $spec 1]]
+        set n [llength $sig]
+        set optional [llength [lsearch -all -index 1 $sig 1]]
         set take [expr {[chance 0.9] ? $n - [upto [expr {$optional + 1}]] : [upto [expr {$n + 3}]]}]
         for {set i 0} {$i < $take} {incr i} {
-            lappend args [argValue [expr {$i < $n ? [lindex $spec $i 0] : "extra"}] $cls]
+            lappend args [argValue [expr {$i < $n ? [lindex $sig $i 0] : "extra"}] $cls]
         }
     }
     if {[isHandle $ref] || [chance 0.3]} { return [list ${cls}_$m $ref {*}$args] }

@@ -7,9 +7,7 @@ namespace zk {
 
 namespace {
 
-// bgp4FamilyIpV4Unicast .. bgp4FamilyIpV6MplsVpn carry addresses of their
-// family; a user-defined family any.
-constexpr int kFamilyIpV6Unicast = 5, kFamilyUserDefined = 9;
+using bgp4::kFamilyIpV6Unicast, bgp4::kFamilyUserDefined;
 
 bool familyAddress(int family, const std::string& text) {
     if (family == kFamilyUserDefined || family < 1 || family > kFamilyUserDefined) return ipv4(text) || ipv6(text);
@@ -18,7 +16,7 @@ bool familyAddress(int family, const std::string& text) {
 
 }  // namespace
 
-static binding::Describe<TCLBgp4PrefixFilter> describePrefixFilter("TCLBgp4PrefixFilter", [](auto& c) {
+static binding::Describe<TCLBgp4PrefixFilter> describeBgp4PrefixFilter("TCLBgp4PrefixFilter", [](auto& c) {
     using T = TCLBgp4PrefixFilter;
     using R = hal::EBGP::ConfigPrefixFilter;
     c.constructor();
@@ -34,7 +32,7 @@ static binding::Describe<TCLBgp4PrefixFilter> describePrefixFilter("TCLBgp4Prefi
     c.method("setDefault", &T::setDefault);
 });
 
-static binding::Describe<TCLBgp4RouteFilter> describeRouteFilter("TCLBgp4RouteFilter", [](auto& c) {
+static binding::Describe<TCLBgp4RouteFilter> describeBgp4RouteFilter("TCLBgp4RouteFilter", [](auto& c) {
     using T = TCLBgp4RouteFilter;
     using R = hal::EBGP::ConfigRouteFilter;
     c.constructor();
@@ -45,7 +43,7 @@ static binding::Describe<TCLBgp4RouteFilter> describeRouteFilter("TCLBgp4RouteFi
     c.method("setDefault", &T::setDefault);
 });
 
-static binding::Describe<TCLBgp4InternalNeighborItem> describeInternalItem("TCLBgp4InternalNeighborItem", [](auto& c) {
+static binding::Describe<TCLBgp4InternalNeighborItem> describeBgp4InternalNeighborItem("TCLBgp4InternalNeighborItem", [](auto& c) {
     using T = TCLBgp4InternalNeighborItem;
     using R = hal::EBGP::ConfigInternalNeighborItem;
     c.constructor();
@@ -61,7 +59,7 @@ TCLBgp4InternalTable::TCLBgp4InternalTable(TCLBgp4InternalNeighborItem* pInterna
     setDefault();
 }
 
-static binding::Describe<TCLBgp4InternalTable> describeInternalTable("TCLBgp4InternalTable", [](auto& c) {
+static binding::Describe<TCLBgp4InternalTable> describeBgp4InternalTable("TCLBgp4InternalTable", [](auto& c) {
     using T = TCLBgp4InternalTable;
     using R = hal::EBGP::ConfigInternalTable;
     c.template constructor<TCLBgp4InternalNeighborItem*>("pInternalNeighborItem");

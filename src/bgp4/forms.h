@@ -15,6 +15,9 @@ namespace zk::bgp4 {
 
 inline constexpr int kAddressTypeIpV4 = 17;
 inline constexpr int kAddressTypeIpV6 = 18;
+// Learned-route and filter families: bgp4FamilyIpV4Unicast .. bgp4FamilyIpV6MplsVpn
+// carry addresses of their family; a user-defined family any.
+inline constexpr int kFamilyIpV6Unicast = 5, kFamilyUserDefined = 9;
 
 // The words of a blank-separated list.
 std::vector<std::string_view> words(std::string_view text);

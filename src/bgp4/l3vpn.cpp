@@ -4,7 +4,7 @@
 
 namespace zk {
 
-static binding::Describe<TCLBgp4RouteTarget> describeRouteTarget("TCLBgp4RouteTarget", [](auto& c) {
+static binding::Describe<TCLBgp4RouteTarget> describeBgp4RouteTarget("TCLBgp4RouteTarget", [](auto& c) {
     using T = TCLBgp4RouteTarget;
     c.constructor();
     describeAdministrator(c, "target", &T::targetType, &T::targetAsNum, &T::targetIpAddress, &T::targetAssignedNum,
@@ -17,7 +17,7 @@ TCLBgp4L3Site::TCLBgp4L3Site(TCLBgp4VpnRouteRange* pVpnRouteRange, TCLBgp4RouteT
     setDefault();
 }
 
-static binding::Describe<TCLBgp4L3Site> describeL3Site("TCLBgp4L3Site", [](auto& c) {
+static binding::Describe<TCLBgp4L3Site> describeBgp4L3Site("TCLBgp4L3Site", [](auto& c) {
     using T = TCLBgp4L3Site;
     using R = hal::EBGP::ConfigL3Site;
     c.template constructor<TCLBgp4VpnRouteRange*, TCLBgp4RouteTarget*>("pVpnRouteRange", "pRouteTarget");

@@ -14,7 +14,7 @@ namespace zk {
 
 std::string learnedBgpKey(const std::string& dutIpText) { return anyAddress(dutIpText).ToString(); }
 
-static binding::Describe<TCLBgp4LearnedRoute> describeLearnedRoute("TCLBgp4LearnedRoute", [](auto& c) {
+static binding::Describe<TCLBgp4LearnedRoute> describeBgp4LearnedRoute("TCLBgp4LearnedRoute", [](auto& c) {
     using T = TCLBgp4LearnedRoute;
     using R = hal::EBGP::LearnedRoute;
     c.constructor();
@@ -35,7 +35,7 @@ static binding::Describe<TCLBgp4LearnedRoute> describeLearnedRoute("TCLBgp4Learn
 
 namespace {
 
-constexpr int kFamilyIpV6Unicast = 5;
+using bgp4::kFamilyIpV6Unicast;
 
 bool samePrefix(const hal::EIPAddress& a, const hal::EIPAddress& b, int bits) {
     const auto &x = a.GetBytes(), &y = b.GetBytes();

@@ -194,7 +194,7 @@ int TCLBgp4Neighbor::getStatistic(int selector) {
     return kOk;
 }
 
-static binding::Describe<TCLBgp4Neighbor> describeNeighbor("TCLBgp4Neighbor", [](auto& c) {
+static binding::Describe<TCLBgp4Neighbor> describeBgp4Neighbor("TCLBgp4Neighbor", [](auto& c) {
     using T = TCLBgp4Neighbor;
     using R = Neighbor;
     c.template constructor<TCLBgp4RouteRange*, TCLBgp4L3Site*, TCLBgp4MplsRouteRange*, TCLBgp4PrefixFilter*,

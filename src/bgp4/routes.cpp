@@ -7,7 +7,7 @@ namespace zk {
 
 using bgp4::maxPrefixOf;
 
-static binding::Describe<TCLBgp4AsPathItem> describeAsPathItem("TCLBgp4AsPathItem", [](auto& c) {
+static binding::Describe<TCLBgp4AsPathItem> describeBgp4AsPathItem("TCLBgp4AsPathItem", [](auto& c) {
     using T = TCLBgp4AsPathItem;
     using R = hal::EBGP::ConfigAsPathSegment;
     c.constructor();
@@ -47,7 +47,7 @@ std::string byteText(const hal::EBlob& b) {
 
 }  // namespace
 
-static binding::Describe<TCLBgp4ExtendedCommunity> describeExtendedCommunity("TCLBgp4ExtendedCommunity", [](auto& c) {
+static binding::Describe<TCLBgp4ExtendedCommunity> describeBgp4ExtendedCommunity("TCLBgp4ExtendedCommunity", [](auto& c) {
     using T = TCLBgp4ExtendedCommunity;
     using R = hal::EBGP::ConfigExtendedCommunity;
     c.constructor();
@@ -122,7 +122,7 @@ TCLBgp4RouteRange::TCLBgp4RouteRange(TCLBgp4AsPathItem* pAsPathItem, TCLBgp4Exte
     setDefault();
 }
 
-static binding::Describe<TCLBgp4RouteRange> describeRouteRange("TCLBgp4RouteRange", [](auto& c) {
+static binding::Describe<TCLBgp4RouteRange> describeBgp4RouteRange("TCLBgp4RouteRange", [](auto& c) {
     using T = TCLBgp4RouteRange;
     c.template constructor<TCLBgp4AsPathItem*, TCLBgp4ExtendedCommunity*>("pAsPathItem", "pExtendedCommunity");
     describeRouteOptions(c);
@@ -144,13 +144,13 @@ void describeLabels(binding::ClassDesc<T>& c, hal::EBGP::ConfigLabels R::*labels
 
 }  // namespace
 
-static binding::Describe<TCLBgp4MplsRouteRange> describeMplsRouteRange("TCLBgp4MplsRouteRange", [](auto& c) {
+static binding::Describe<TCLBgp4MplsRouteRange> describeBgp4MplsRouteRange("TCLBgp4MplsRouteRange", [](auto& c) {
     c.constructor();
     describeRouteOptions(c);
     describeLabels(c, &hal::EBGP::ConfigMplsRouteRange::labels);
 });
 
-static binding::Describe<TCLBgp4VpnRouteRange> describeVpnRouteRange("TCLBgp4VpnRouteRange", [](auto& c) {
+static binding::Describe<TCLBgp4VpnRouteRange> describeBgp4VpnRouteRange("TCLBgp4VpnRouteRange", [](auto& c) {
     using T = TCLBgp4VpnRouteRange;
     using R = hal::EBGP::ConfigVpnRouteRange;
     c.constructor();

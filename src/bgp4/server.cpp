@@ -33,7 +33,7 @@ int TCLBgp4Server::get() {
     return kOk;
 }
 
-static binding::Describe<TCLBgp4Server> describeServer("TCLBgp4Server", [](auto& c) {
+static binding::Describe<TCLBgp4Server> describeBgp4Server("TCLBgp4Server", [](auto& c) {
     using T = TCLBgp4Server;
     using R = hal::EBGPServer;
     using G = hal::EBGPGlobalConfig;

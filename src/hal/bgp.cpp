@@ -4,19 +4,19 @@
 
 namespace hal {
 namespace {
-RegisterRecord<EBGPGlobalConfig> registerGlobalConfig("EBGPGlobalConfig");
-RegisterRecord<EBGP::ConfigAsPathSegment> registerSegment("EBGP::ConfigAsPathSegment");
-RegisterRecord<EBGP::ConfigExtendedCommunity> registerExtendedCommunity("EBGP::ConfigExtendedCommunity");
-RegisterRecord<EBGP::ConfigRouteRange> registerRouteRange("EBGP::ConfigRouteRange");
-RegisterRecord<EBGP::ConfigMplsRouteRange> registerMplsRouteRange("EBGP::ConfigMplsRouteRange");
-RegisterRecord<EBGP::ConfigRouteTarget> registerRouteTarget("EBGP::ConfigRouteTarget");
-RegisterRecord<EBGP::ConfigVpnRouteRange> registerVpnRouteRange("EBGP::ConfigVpnRouteRange");
-RegisterRecord<EBGP::ConfigL3Site> registerL3Site("EBGP::ConfigL3Site");
-RegisterRecord<EBGP::ConfigPrefixFilter> registerPrefixFilter("EBGP::ConfigPrefixFilter");
-RegisterRecord<EBGP::ConfigRouteFilter> registerRouteFilter("EBGP::ConfigRouteFilter");
-RegisterRecord<EBGP::ConfigInternalNeighborItem> registerInternalItem("EBGP::ConfigInternalNeighborItem");
-RegisterRecord<EBGP::ConfigInternalTable> registerInternalTable("EBGP::ConfigInternalTable");
-RegisterRecord<EBGP::ConfigNeighbor> registerNeighbor("EBGP::ConfigNeighbor");
-RegisterRecord<EBGPServer> registerServer("EBGPServer");
+RegisterRecord<EBGPGlobalConfig> registerBgpGlobalConfig("EBGPGlobalConfig");
+RegisterRecord<EBGP::ConfigAsPathSegment> registerBgpSegment("EBGP::ConfigAsPathSegment");
+RegisterRecord<EBGP::ConfigExtendedCommunity> registerBgpExtendedCommunity("EBGP::ConfigExtendedCommunity");
+RegisterRecord<EBGP::ConfigRouteRange> registerBgpRouteRange("EBGP::ConfigRouteRange");
+RegisterRecord<EBGP::ConfigMplsRouteRange> registerBgpMplsRouteRange("EBGP::ConfigMplsRouteRange");
+RegisterRecord<EBGP::ConfigRouteTarget> registerBgpRouteTarget("EBGP::ConfigRouteTarget");
+RegisterRecord<EBGP::ConfigVpnRouteRange> registerBgpVpnRouteRange("EBGP::ConfigVpnRouteRange");
+RegisterRecord<EBGP::ConfigL3Site> registerBgpL3Site("EBGP::ConfigL3Site");
+RegisterRecord<EBGP::ConfigPrefixFilter> registerBgpPrefixFilter("EBGP::ConfigPrefixFilter");
+RegisterRecord<EBGP::ConfigRouteFilter> registerBgpRouteFilter("EBGP::ConfigRouteFilter");
+RegisterRecord<EBGP::ConfigInternalNeighborItem> registerBgpInternalItem("EBGP::ConfigInternalNeighborItem");
+RegisterRecord<EBGP::ConfigInternalTable> registerBgpInternalTable("EBGP::ConfigInternalTable");
+RegisterRecord<EBGP::ConfigNeighbor> registerBgpNeighbor("EBGP::ConfigNeighbor");
+RegisterRecord<EBGPServer> registerBgpServer("EBGPServer");
 }  // namespace
 }  // namespace hal

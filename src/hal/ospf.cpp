@@ -4,14 +4,14 @@
 
 namespace hal {
 namespace {
-RegisterRecord<ETrafficEngineeringData> registerTe("ETrafficEngineeringData");
-RegisterRecord<EOSPFNetworkRange> registerNetworkRange("EOSPFNetworkRange");
-RegisterRecord<ELSInterface> registerLsInterface("ELSInterface");
-RegisterRecord<EOSPFInterface> registerInterface("EOSPFInterface");
-RegisterRecord<EOSPFRouteRange> registerRouteRange("EOSPFRouteRange");
-RegisterRecord<EOSPFUserLSA> registerUserLsa("EOSPFUserLSA");
-RegisterRecord<EOSPFUserLSAGroup> registerUserLsaGroup("EOSPFUserLSAGroup");
-RegisterRecord<EOSPFRouter> registerRouter("EOSPFRouter");
-RegisterRecord<EOSPFServer> registerServer("EOSPFServer");
+RegisterRecord<ETrafficEngineeringData> registerOspfTe("ETrafficEngineeringData");
+RegisterRecord<EOSPFNetworkRange> registerOspfNetworkRange("EOSPFNetworkRange");
+RegisterRecord<ELSInterface> registerOspfLsInterface("ELSInterface");
+RegisterRecord<EOSPFInterface> registerOspfInterface("EOSPFInterface");
+RegisterRecord<EOSPFRouteRange> registerOspfRouteRange("EOSPFRouteRange");
+RegisterRecord<EOSPFUserLSA> registerOspfUserLsa("EOSPFUserLSA");
+RegisterRecord<EOSPFUserLSAGroup> registerOspfUserLsaGroup("EOSPFUserLSAGroup");
+RegisterRecord<EOSPFRouter> registerOspfRouter("EOSPFRouter");
+RegisterRecord<EOSPFServer> registerOspfServer("EOSPFServer");
 }  // namespace
 }  // namespace hal

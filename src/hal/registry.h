@@ -5,6 +5,7 @@
 #pragma once
 
 #include <map>
+#include <source_location>
 #include <string>
 #include <vector>
 
@@ -18,19 +19,20 @@ struct RecordInfo {
     std::map<std::string, std::string> (*docs)();  // field name -> its doc, from the field table
 };
 
-void registerRecord(const char* name, Json (*defaults)(), std::map<std::string, std::string> (*docs)());
-const std::vector<RecordInfo>& records();  // in registration order
+void registerRecord(std::source_location where, RecordInfo info);
+// In the order of their registrations in the sources (file, then line),
+// whatever order the files were linked or batched in.
+const std::vector<RecordInfo>& records();
 
 template <class R>
 struct RegisterRecord {
-    explicit RegisterRecord(const char* name) {
-        registerRecord(
-            name, [] { return Json::parse(jsonText(R{})); },
-            [] {
-                std::map<std::string, std::string> docs;
-                forEachField<R>([&](const auto& f) { docs[f.name] = f.doc; });
-                return docs;
-            });
+    explicit RegisterRecord(const char* name, std::source_location where = std::source_location::current()) {
+        registerRecord(where, {name, [] { return Json::parse(jsonText(R{})); },
+                               [] {
+                                   std::map<std::string, std::string> docs;
+                                   forEachField<R>([&](const auto& f) { docs[f.name] = f.doc; });
+                                   return docs;
+                               }});
     }
 };
 

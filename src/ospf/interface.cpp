@@ -187,7 +187,7 @@ static void checkMtu(const TCLOspfInterface& t, Checks& c) {
     }
 }
 
-static binding::Describe<TCLOspfInterface> describeInterface("TCLOspfInterface", [](auto& c) {
+static binding::Describe<TCLOspfInterface> describeOspfInterface("TCLOspfInterface", [](auto& c) {
     using T = TCLOspfInterface;
     using R = hal::EOSPFInterface;
     using TE = hal::ETrafficEngineeringData;

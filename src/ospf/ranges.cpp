@@ -45,7 +45,7 @@ std::string adminGroupText(const hal::EBlob& group) {
 
 // ---- route range ----
 
-static binding::Describe<TCLOspfRouteRange> describeRouteRange("TCLOspfRouteRange", [](auto& c) {
+static binding::Describe<TCLOspfRouteRange> describeOspfRouteRange("TCLOspfRouteRange", [](auto& c) {
     using T = TCLOspfRouteRange;
     using R = hal::EOSPFRouteRange;
     c.constructor();
@@ -113,7 +113,7 @@ void TCLOspfNetworkRange::fromRecordRest(const hal::EOSPFNetworkRange& r) {
     loadCounts(r);
 }
 
-static binding::Describe<TCLOspfNetworkRange> describeNetworkRange("TCLOspfNetworkRange", [](auto& c) {
+static binding::Describe<TCLOspfNetworkRange> describeOspfNetworkRange("TCLOspfNetworkRange", [](auto& c) {
     using T = TCLOspfNetworkRange;
     using R = hal::EOSPFNetworkRange;
     using TE = hal::ETrafficEngineeringData;

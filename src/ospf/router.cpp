@@ -51,7 +51,7 @@ std::string routerIdText(const hal::EBlob& b) {
 
 }  // namespace
 
-static binding::Describe<TCLOspfRouter> describeRouter("TCLOspfRouter", [](auto& c) {
+static binding::Describe<TCLOspfRouter> describeOspfRouter("TCLOspfRouter", [](auto& c) {
     using T = TCLOspfRouter;
     using R = hal::EOSPFRouter;
     c.template constructor<TCLOspfInterface*, TCLOspfRouteRange*, TCLOspfUserLsaGroup*>(
@@ -76,7 +76,7 @@ static binding::Describe<TCLOspfRouter> describeRouter("TCLOspfRouter", [](auto&
     describeCollection<&T::userLsaGroups>(c, "UserLsaGroup", "userLsaGroupLocalId", "clearAllLsaGroups");
 });
 
-static binding::Describe<TCLOspfServer> describeServer("TCLOspfServer", [](auto& c) {
+static binding::Describe<TCLOspfServer> describeOspfServer("TCLOspfServer", [](auto& c) {
     using T = TCLOspfServer;
     c.template constructor<TCLOspfRouter*>("pOspfRouter");
     c.method("setDefault", &T::setDefault);

@@ -109,7 +109,7 @@ std::string routerIdsText(const std::vector<hal::EIPAddress>& ids) {
 
 }  // namespace
 
-static binding::Describe<TCLOspfUserLsa> describeUserLsa("TCLOspfUserLsa", [](auto& c) {
+static binding::Describe<TCLOspfUserLsa> describeOspfUserLsa("TCLOspfUserLsa", [](auto& c) {
     using T = TCLOspfUserLsa;
     using R = hal::EOSPFUserLSA;
     using TE = hal::ETrafficEngineeringData;
@@ -165,7 +165,7 @@ static binding::Describe<TCLOspfUserLsa> describeUserLsa("TCLOspfUserLsa", [](au
 // its router is added to a server.
 TCLOspfUserLsaGroup::TCLOspfUserLsaGroup(TCLOspfUserLsa* pOspfUserLsa) : userLsas(this, pOspfUserLsa) { setDefault(); }
 
-static binding::Describe<TCLOspfUserLsaGroup> describeUserLsaGroup("TCLOspfUserLsaGroup", [](auto& c) {
+static binding::Describe<TCLOspfUserLsaGroup> describeOspfUserLsaGroup("TCLOspfUserLsaGroup", [](auto& c) {
     using T = TCLOspfUserLsaGroup;
     using R = hal::EOSPFUserLSAGroup;
     c.template constructor<TCLOspfUserLsa*>(binding::optional("pOspfUserLsa"));  // without one the group holds no LSAs

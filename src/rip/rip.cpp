@@ -18,7 +18,7 @@ uint32_t maskOfPrefix(int prefix) {
 
 }  // namespace
 
-static binding::Describe<TCLRipRouteRange> describeRouteRange("TCLRipRouteRange", [](auto& c) {
+static binding::Describe<TCLRipRouteRange> describeRipRouteRange("TCLRipRouteRange", [](auto& c) {
     using T = TCLRipRouteRange;
     using R = hal::ERIPRouteRange;
     c.constructor();
@@ -65,7 +65,7 @@ void TCLRipInterfaceRouter::fromRecordRest(const hal::ERIPRouter& r) {
     protocolInterfaceDescription = interfaceDescriptionOf(r.interfaceId);
 }
 
-static binding::Describe<TCLRipInterfaceRouter> describeRouter("TCLRipInterfaceRouter", [](auto& c) {
+static binding::Describe<TCLRipInterfaceRouter> describeRipInterfaceRouter("TCLRipInterfaceRouter", [](auto& c) {
     using T = TCLRipInterfaceRouter;
     using R = hal::ERIPRouter;
     c.template constructor<TCLRipRouteRange*>("pRipRouteRange");
@@ -102,7 +102,7 @@ static binding::Describe<TCLRipInterfaceRouter> describeRouter("TCLRipInterfaceR
 
 // --- server --------------------------------------------------------------
 
-static binding::Describe<TCLRipServer> describeServer("TCLRipServer", [](auto& c) {
+static binding::Describe<TCLRipServer> describeRipServer("TCLRipServer", [](auto& c) {
     using T = TCLRipServer;
     c.template constructor<TCLRipInterfaceRouter*>("pRipRouter");
     c.method("select", &T::select, "chasID", "cardID", "portID");

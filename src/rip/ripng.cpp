@@ -7,7 +7,7 @@ namespace zk {
 
 // --- route range ---------------------------------------------------------
 
-static binding::Describe<TCLRipngRouteRange> describeRouteRange("TCLRipngRouteRange", [](auto& c) {
+static binding::Describe<TCLRipngRouteRange> describeRipngRouteRange("TCLRipngRouteRange", [](auto& c) {
     using T = TCLRipngRouteRange;
     using R = hal::ERIPngRouteRange;
     c.constructor();
@@ -59,7 +59,7 @@ void TCLRipngInterface::fromRecordRest(const hal::ERIPngInterface& r) {
     protocolInterfaceDescription = interfaceDescriptionOf(r.interfaceId);
 }
 
-static binding::Describe<TCLRipngInterface> describeInterface("TCLRipngInterface", [](auto& c) {
+static binding::Describe<TCLRipngInterface> describeRipngInterface("TCLRipngInterface", [](auto& c) {
     using T = TCLRipngInterface;
     using R = hal::ERIPngInterface;
     c.constructor();
@@ -85,7 +85,7 @@ TCLRipngRouter::TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInt
     setDefault();
 }
 
-static binding::Describe<TCLRipngRouter> describeRouter("TCLRipngRouter", [](auto& c) {
+static binding::Describe<TCLRipngRouter> describeRipngRouter("TCLRipngRouter", [](auto& c) {
     using T = TCLRipngRouter;
     using R = hal::ERIPngRouter;
     c.template constructor<TCLRipngRouteRange*, TCLRipngInterface*>("pRipngRouteRange", "pRipngInterface");
@@ -138,7 +138,7 @@ int TCLRipngServer::get() {
     return kOk;
 }
 
-static binding::Describe<TCLRipngServer> describeServer("TCLRipngServer", [](auto& c) {
+static binding::Describe<TCLRipngServer> describeRipngServer("TCLRipngServer", [](auto& c) {
     using T = TCLRipngServer;
     using R = hal::ERIPngServer;
     c.template constructor<TCLRipngRouter*>("pRipngRouter");

@@ -9,12 +9,12 @@
 #pragma once
 
 #include <array>
-#include <climits>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "hal/basic.h"
+#include "hal/ospf_grid.h"
 
 namespace hal {
 
@@ -37,16 +37,8 @@ struct ETrafficEngineeringData {
     }
 };
 
-// An emulated grid of routers and subnets behind an interface.
-struct EOSPFNetworkRange : ERecord {
-    // Limit key of the port: a positive key caps the count, 0 or -1 none.
-    void SetNumberOfRows(int n, int key) { rows = capped(n, key); }
-    void SetNumberOfCols(int n, int key) { cols = capped(n, key); }
-
-    int rows = 2, cols = 2;
-    int entryRow = 1, entryCol = 1;
-    EIPAddress firstRouterId = EIPAddress::FromV4(0x0A000001);  // 10.0.0.1
-    uint32_t routerIdStep = 1;
+// An emulated grid of routers and IPv4 subnets behind an interface.
+struct EOSPFNetworkRange : EOspfGrid {
     EIPMaskedAddress firstSubnet{EIPAddress::FromV4(0x0A010000), 24};  // 10.1.0.0/24
     uint32_t subnetStep = 0x100;
     bool incrementFromMask = true;
@@ -56,22 +48,15 @@ struct EOSPFNetworkRange : ERecord {
     bool teEnabled = false;
     ETrafficEngineeringData te;
 
-    // The grid: rows x columns routers, each joined to its right and lower
-    // neighbour by one subnet; every router originates a router LSA and, on
-    // broadcast links, every subnet a network LSA.
-    // Counts beyond the range of an int are reported as its largest value.
-    int CalcNoOfRouters() const { return saturated(routers()); }
-    int CalcNoOfSubnets() const { return saturated(subnets()); }
+    // Every router originates a router LSA and, on broadcast links, every
+    // subnet a network LSA.
     int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? subnets() : 0)); }
 
     static constexpr auto fields() {
         using R = EOSPFNetworkRange;
         return std::tuple_cat(
-            ERecord::fields(),
-            hal::fields(field("NumberOfRows", &R::rows), field("NumberOfCols", &R::cols),
-                        field("EntryPointRow", &R::entryRow), field("EntryPointColumn", &R::entryCol),
-                        field("FirstRouterID", &R::firstRouterId), field("RouterIDIncrement", &R::routerIdStep),
-                        field("FirstSubnetIPAddress", &R::firstSubnet), field("SubnetIncrement", &R::subnetStep),
+            EOspfGrid::fields(),
+            hal::fields(field("FirstSubnetIPAddress", &R::firstSubnet), field("SubnetIncrement", &R::subnetStep),
                         field("IncrementAddressFromMask", &R::incrementFromMask),
                         field("LinkType", &R::linkType, "0 broadcast, 1 point-to-point"),
                         field("BitField", &R::bits, "1 B bit, 2 E bit"),
@@ -82,18 +67,6 @@ struct EOSPFNetworkRange : ERecord {
                         computed<R>("NoOfGeneratedLSAs", [](const R& r) { return r.CalcNoOfGeneratedLSAs(); }),
                         computed<R>("Description", [](const R& r) { return r.Description(); })));
     }
-
-private:
-    std::string Description() const {
-        return "Auto generated " + std::to_string(rows) + " by " + std::to_string(cols) + " grid";
-    }
-    static int capped(int n, int key) { return key > 0 && n > key ? key : n; }
-    long long routers() const { return (long long)rows * cols; }
-    long long subnets() const {
-        if (rows <= 0 || cols <= 0) return 0;
-        return (long long)rows * (cols - 1) + (long long)cols * (rows - 1);
-    }
-    static int saturated(long long v) { return v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : int(v); }
 };
 
 // What every link-state interface has.

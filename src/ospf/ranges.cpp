@@ -1,5 +1,6 @@
 #include "ospf/ranges.h"
 
+#include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
 
@@ -64,34 +65,16 @@ static binding::Describe<TCLOspfRouteRange> describeOspfRouteRange("TCLOspfRoute
 
 // ---- network range ----
 
-// The port may not emulate a grid of any size: the HAL caps rows and
-// columns by the port's limit key, and a lowered count is reported.
-void TCLOspfNetworkRange::setGridSize(hal::EOSPFNetworkRange& r) const {
-    Port* port = currentPort();
-    if (!port) {
-        r.SetNumberOfCols(numColumns, -1);
-        r.SetNumberOfRows(numRows, -1);
-        return;
-    }
-    int key = port->gridLimit;
-    r.SetNumberOfRows(numRows, key);
-    if (r.rows != numRows)
-        setLastErrorf("TCLOspfNetworkRange::SetOspfNetworkRange()   Selected value for numRows is not supported for "
-                      "this configuration on port %s. numRows is changed to valid number %d.",
-                      portName(*port), r.rows);
-    r.SetNumberOfCols(numColumns, key);
-    if (r.cols != numColumns)
-        setLastErrorf("TCLOspfNetworkRange::SetOspfNetworkRange()   Selected value for numColumns is not supported "
-                      "for this configuration on port %s. numColumns is changed to valid number %d.",
-                      portName(*port), r.cols);
-}
-
 int TCLOspfNetworkRange::intoRecordRest(hal::EOSPFNetworkRange& r) {
     r.firstSubnet = hal::EIPMaskedAddress(validAddress(firstSubnetIpAddress), maskWidth);
     r.bits = uint8_t((enableBBit ? 1 : 0) + (enableEBit ? 2 : 0));
     fillBandwidths(r.te);
-    setGridSize(r);
-    setGridSize(r);  // asked once more after the entry point; a lowered count is reported again
+    // The port may not emulate a grid of any size: rows and columns are
+    // asked for once more after the entry point, and a lowered count is
+    // reported again.
+    const char* where = "TCLOspfNetworkRange::SetOspfNetworkRange()";
+    setGridSize(r, numRows, numColumns, where);
+    setGridSize(r, numRows, numColumns, where);
     loadCounts(r);
     return kOk;
 }

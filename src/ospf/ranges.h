@@ -96,7 +96,6 @@ public:
     void fromRecordRest(const hal::EOSPFNetworkRange& r);
 
 private:
-    void setGridSize(hal::EOSPFNetworkRange& r) const;
     void loadCounts(const hal::EOSPFNetworkRange& r);
 };
 

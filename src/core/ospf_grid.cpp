@@ -1,0 +1,31 @@
+#include "core/ospf_grid.h"
+
+#include <string>
+
+#include "core/errors.h"
+#include "core/port.h"
+
+namespace zk {
+
+void setGridSize(hal::EOspfGrid& r, int numRows, int numColumns, const char* where) {
+    Port* port = currentPort();
+    if (!port) {
+        r.SetNumberOfCols(numColumns, -1);
+        r.SetNumberOfRows(numRows, -1);
+        return;
+    }
+    const std::string w = where;
+    int key = port->gridLimit;
+    r.SetNumberOfRows(numRows, key);
+    if (r.rows != numRows)
+        setLastError(w + formatText("   Selected value for numRows is not supported for this configuration on port "
+                                    "%s. numRows is changed to valid number %d.",
+                                    portName(*port), r.rows));
+    r.SetNumberOfCols(numColumns, key);
+    if (r.cols != numColumns)
+        setLastError(w + formatText("   Selected value for numColumns is not supported for this configuration on "
+                                    "port %s. numColumns is changed to valid number %d.",
+                                    portName(*port), r.cols));
+}
+
+}  // namespace zk

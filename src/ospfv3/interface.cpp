@@ -1,0 +1,165 @@
+#include "ospfv3/interface.h"
+
+#include "binding/describe.h"
+#include "core/parse.h"
+#include "core/port.h"
+
+namespace zk {
+
+std::string ospfV3LearnedKey(const std::string& text) {
+    auto a = ipv6Address(text);
+    return a ? a->ToString() : text;
+}
+
+// ---- learned LSA ----
+
+static binding::Describe<TCLOspfV3LearnedLsa> describeOspfV3LearnedLsa("TCLOspfV3LearnedLsa", [](auto& c) {
+    using T = TCLOspfV3LearnedLsa;
+    using R = hal::EOSPFv3LearnedLSA;
+    auto prefixesText = [](const std::vector<hal::EIPMaskedAddress>& list) {
+        std::string text;
+        for (const auto& p : list) text += (text.empty() ? "" : " ") + p.ToString();
+        return text;
+    };
+    c.constructor();
+    // The ospfV3Lsa* number of the type: ospfV3LsaRouter 0 to ospfV3LsaIntraAreaPrefix 6.
+    c.readOnly("lsaType", &T::lsaType).maps(&R::type);
+    c.readOnly("linkStateId", &T::linkStateId).maps(&R::linkStateId);
+    c.readOnly("advertisingRouterId", &T::advertisingRouterId).maps(&R::advertisingRouter);
+    c.readOnly("sequenceNumber", &T::sequenceNumber).maps(&R::sequence);
+    c.readOnly("lsaAge", &T::lsaAge).maps(&R::age);
+    c.readOnly("prefixes", &T::prefixes)
+        .mapsVia([](const std::string&) { return std::vector<hal::EIPMaskedAddress>{}; }, prefixesText,
+                 &R::prefixes);
+    c.method("setDefault", &T::setDefault);
+});
+
+// ---- interface ----
+
+TCLOspfV3Interface::TCLOspfV3Interface(TCLOspfV3LearnedLsa* pOspfV3LearnedLsa,
+                                       TCLOspfV3NetworkRange* pOspfV3NetworkRange)
+    : learnedLsa_(pOspfV3LearnedLsa), networkRange_(pOspfV3NetworkRange) {
+    setDefault();
+}
+
+void TCLOspfV3Interface::setDefault() {
+    Staged::setDefault();
+    numberOfLearnedLsas = 0;
+    learned_.reset();
+    learnedCursor_ = 0;
+}
+
+int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
+    // The port's interface of that description, 0 when the port has none.
+    const Port* port = currentPort();
+    const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
+    r.portInterfaceId = onPort ? onPort->localId : 0;
+    if (connectToDut == 0) {
+        // A range that does not convert leaves the interface's ranges as they were.
+        hal::EOSPFv3NetworkRange range;
+        if (TCLOspfV3NetworkRange* staging = networkRange_.get(); staging && staging->ToRecord(range) == kOk) {
+            r.ranges.Clear();
+            r.ranges.Add(range);
+        }
+    } else {
+        r.ranges.Clear();  // an interface towards the device under test has no grid behind it
+    }
+    return kOk;
+}
+
+void TCLOspfV3Interface::forgetLearned() {
+    reply_.forget();  // an answer still due is not for this interface either
+    learned_.reset();
+    learnedCursor_ = 0;
+    numberOfLearnedLsas = 0;
+}
+
+void TCLOspfV3Interface::FromRecord(const hal::EOSPFv3Interface& r) {
+    if (!(r.GetID() == work().GetID())) forgetLearned();  // another interface: the learned LSAs were not its own
+    Staged::FromRecord(r);
+    if (TCLOspfV3NetworkRange* staging = networkRange_.get(); staging && r.ranges.Size() > 0)
+        staging->FromRecord(*work().ranges.At(0));
+}
+
+int TCLOspfV3Interface::requestLearnedLsa() {
+    Port* port = currentPort();
+    if (!port) {
+        setLastError("TCLOspfV3Interface::requestLearnedLsa()   You have not selected the port.");
+        return kNoPort;
+    }
+    if (!work().GetID().IsValid()) {
+        setLastError("TCLOspfV3Interface::requestLearnedLsa()   The interface has not been loaded from a router.");
+        return kNoPort;
+    }
+    if (!port->available || port->writeFails) {
+        setLastErrorf("TCLOspfV3Interface::requestLearnedLsa()   The request could not be sent to port %s.",
+                      portName(*port));
+        return kFail;
+    }
+    reply_.send(*port, kOspfV3LsasKind, ospfV3LearnedKey(ipAddress), token());
+    return kOk;
+}
+
+int TCLOspfV3Interface::getLearnedLsaList() {
+    if (!reply_.arrived()) {
+        setLastError("TCLOspfV3Interface::getLearnedLsaList()   No learned LSAs have arrived yet.");
+        return kFail;
+    }
+    // A port that learned nothing for this interface answers with an empty list.
+    learned_ = reply_.data() ? reply_.data() : std::make_shared<const OspfV3LearnedLsaList>();
+    numberOfLearnedLsas = int(learned_->lsas.size());
+    learnedCursor_ = 0;
+    return kOk;
+}
+
+int TCLOspfV3Interface::getFirstLearnedLsa() {
+    learnedCursor_ = 0;
+    return getNextLearnedLsa();
+}
+
+int TCLOspfV3Interface::getNextLearnedLsa() {
+    TCLOspfV3LearnedLsa* staging = learnedLsa_.get();
+    if (!learned_ || !staging || learnedCursor_ >= learned_->lsas.size()) {
+        setLastError("TCLOspfV3Interface::getNextLearnedLsa()   No more learned LSAs.");
+        return kFail;
+    }
+    staging->FromRecord(learned_->lsas[learnedCursor_++]);
+    return kOk;
+}
+
+// The MTU must lie within the port's range, so it needs a port.
+static void checkMtu(const TCLOspfV3Interface& t, Checks& c) {
+    if (Port* port = currentPort())
+        c.that(t.mtuSize >= port->mtuMin && t.mtuSize <= port->mtuMax, "TCLOspfV3Interface::Validate()   Invalid mtuSize.");
+    else
+        c.fail("TCLOspfV3Interface::Validate()   You have not selected the port.");
+}
+
+static binding::Describe<TCLOspfV3Interface> describeOspfV3Interface("TCLOspfV3Interface", [](auto& c) {
+    using T = TCLOspfV3Interface;
+    using R = hal::EOSPFv3Interface;
+    c.template constructor<TCLOspfV3LearnedLsa*, TCLOspfV3NetworkRange*>("pOspfV3LearnedLsa", "pOspfV3NetworkRange");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("connectToDut", &T::connectToDut).check(boolean).maps(&R::connectedToDut);
+    c.option("ipAddress", &T::ipAddress).check(ipv6).maps(&R::address);
+    c.option("prefixLength", &T::prefixLength).check(range(0, 128)).maps(&R::prefixLength);
+    c.option("interfaceId", &T::interfaceId).check(atLeast(0)).maps(&R::interfaceId);  // 32 bits on the wire
+    c.option("instanceId", &T::instanceId).check(range(0, 255)).maps(&R::instanceId);
+    c.option("areaId", &T::areaId).check(atLeast(0)).maps(&R::area);
+    c.option("networkType", &T::networkType).check(range(1, 2)).maps(&R::networkType);
+    c.option("options", &T::options).check(range(0, 63)).maps(&R::options);  // ospfV3InterfaceOption* bits
+    c.option("priority", &T::priority).check(range(0, 255)).maps(&R::priority);
+    c.option("helloInterval", &T::helloInterval).check(range(1, 65535)).maps(&R::hello);
+    c.option("deadInterval", &T::deadInterval).check(range(1, 65535)).maps(&R::dead);
+    c.option("metric", &T::metric).check(range(0, 65535)).maps(&R::metric);
+    c.option("mtuSize", &T::mtuSize).checkWith(checkMtu).maps(&R::mtu);
+    c.option("protocolInterfaceDescription", &T::protocolInterfaceDescription).maps(&R::interfaceDescription);
+    c.readOnly("numberOfLearnedLsas", &T::numberOfLearnedLsas);
+    c.method("setDefault", &T::setDefault);
+    c.method("requestLearnedLsa", &T::requestLearnedLsa);
+    c.method("getLearnedLsaList", &T::getLearnedLsaList);
+    c.method("getFirstLearnedLsa", &T::getFirstLearnedLsa);
+    c.method("getNextLearnedLsa", &T::getNextLearnedLsa);
+});
+
+}  // namespace zk

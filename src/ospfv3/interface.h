@@ -1,0 +1,83 @@
+// One OSPFv3 interface of an emulated router: its IPv6 address and
+// prefix, Interface and Instance IDs, area, network type, timers, the grid
+// it may advertise, and the LSAs it has learned from the port, read one by
+// one into a read-only learned-LSA object.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "binding/staged.h"
+#include "chassis/replies.h"
+#include "core/learned_reply.h"
+#include "hal/ospfv3.h"
+#include "ospfv3/ranges.h"
+
+namespace zk {
+
+// What a port answers to a learned-LSA request: the LSAs in its database
+// for one interface address.
+struct OspfV3LearnedLsaList : chassis::LearnedData {
+    std::vector<hal::EOSPFv3LearnedLSA> lsas;
+};
+// What `zkchassis::learn ospfv3Lsas` files the lists under: the kind, and
+// per list the interface address in its canonical IPv6 form.
+inline constexpr const char* kOspfV3LsasKind = "ospfv3Lsas";
+std::string ospfV3LearnedKey(const std::string& ipv6Text);
+
+// One learned LSA; every option only reads.
+class TCLOspfV3LearnedLsa : public binding::Staged<TCLOspfV3LearnedLsa, hal::EOSPFv3LearnedLSA> {
+public:
+    TCLOspfV3LearnedLsa() { setDefault(); }
+
+    int lsaType;
+    std::string linkStateId;
+    std::string advertisingRouterId;
+    unsigned sequenceNumber;
+    int lsaAge;
+    std::string prefixes;  // Tcl list of address/length
+};
+
+class TCLOspfV3Interface : public binding::Staged<TCLOspfV3Interface, hal::EOSPFv3Interface> {
+public:
+    TCLOspfV3Interface(TCLOspfV3LearnedLsa* pOspfV3LearnedLsa, TCLOspfV3NetworkRange* pOspfV3NetworkRange);
+
+    int enable;
+    int connectToDut;
+    std::string ipAddress;
+    int prefixLength;
+    int interfaceId;
+    int instanceId;
+    int areaId;
+    int networkType;
+    int options;
+    int priority;
+    int helloInterval;
+    int deadInterval;
+    int metric;
+    int mtuSize;
+    std::string protocolInterfaceDescription;
+    int numberOfLearnedLsas;
+
+    void setDefault();
+    int requestLearnedLsa();
+    int getLearnedLsaList();
+    int getFirstLearnedLsa();
+    int getNextLearnedLsa();
+
+    void FromRecord(const hal::EOSPFv3Interface& r);
+    int intoRecordRest(hal::EOSPFv3Interface& r);
+
+private:
+    void forgetLearned();
+
+    Ref<TCLOspfV3LearnedLsa> learnedLsa_;
+    Ref<TCLOspfV3NetworkRange> networkRange_;
+
+    LearnedReply<OspfV3LearnedLsaList> reply_;
+    std::shared_ptr<const OspfV3LearnedLsaList> learned_;  // taken by getLearnedLsaList
+    size_t learnedCursor_ = 0;
+};
+
+}  // namespace zk

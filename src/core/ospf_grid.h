@@ -2,6 +2,7 @@
 // the port decides how large a grid it emulates.
 #pragma once
 
+#include "core/errors.h"
 #include "hal/ospf_grid.h"
 
 namespace zk {
@@ -11,5 +12,46 @@ namespace zk {
 // and the port's name, the conversion going on. Without a port there is no
 // limit and nothing is reported.
 void setGridSize(hal::EOspfGrid& r, int numRows, int numColumns, const char* where);
+
+}  // namespace zk
+
+namespace zk {
+
+// The grid behind an interface (`ranges` of its record): an interface not
+// connected to the device under test takes the staging network range; a
+// range that does not convert leaves the list as it was. An interface
+// towards the device under test has no grid behind it.
+template <class Staging, class List>
+void attachGrid(List& ranges, int connectToDut, Staging* staging) {
+    if (connectToDut != 0) {
+        ranges.Clear();
+        return;
+    }
+    typename Staging::Record range;
+    if (staging && staging->ToRecord(range) == kOk) {
+        ranges.Clear();
+        ranges.Add(range);
+    }
+}
+
+// The options of a network range that its record keeps in another form:
+// the grid as the port lowered it, the first subnet with its mask, the
+// B and E bits, and the counts the record computes.
+template <class T, class R>
+void loadGridCounts(T& t, const R& r) {
+    t.numSubnets = r.CalcNoOfSubnets();
+    t.numRouters = r.CalcNoOfRouters();
+    t.numGeneratedLsas = r.CalcNoOfGeneratedLSAs();
+}
+template <class T, class R>
+void loadGrid(T& t, const R& r) {
+    t.numRows = r.rows;
+    t.numColumns = r.cols;
+    t.firstSubnetIpAddress = r.firstSubnet.GetAddress().ToString();
+    t.maskWidth = r.firstSubnet.GetPrefixLength();
+    t.enableBBit = (r.bits & 1) != 0;
+    t.enableEBit = (r.bits & 2) != 0;
+    loadGridCounts(t, r);
+}
 
 }  // namespace zk

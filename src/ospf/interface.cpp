@@ -4,6 +4,7 @@
 
 #include "binding/describe.h"
 #include "chassis/lab.h"
+#include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
 
@@ -22,8 +23,7 @@ TCLOspfInterface::TCLOspfInterface(TCLOspfUserLsa* pOspfUserLsa, TCLOspfNetworkR
 void TCLOspfInterface::setDefault() {
     Staged::setDefault();
     numberOfLearnedLsas = 0;
-    learned_.reset();
-    learnedCursor_ = 0;
+    learned_.drop();
 }
 
 int TCLOspfInterface::intoRecordRest(hal::EOSPFInterface& r) {
@@ -32,16 +32,7 @@ int TCLOspfInterface::intoRecordRest(hal::EOSPFInterface& r) {
     const Port* port = currentPort();
     const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
     r.interfaceId = onPort ? onPort->localId : 0;
-    if (connectToDut == 0) {
-        // A range that does not convert leaves the interface's ranges as they were.
-        hal::EOSPFNetworkRange range;
-        if (TCLOspfNetworkRange* staging = networkRange_.get(); staging && staging->ToRecord(range) == kOk) {
-            r.ranges.Clear();
-            r.ranges.Add(range);
-        }
-    } else {
-        r.ranges.Clear();  // an interface towards the device under test has no grid behind it
-    }
+    attachGrid(r.ranges, connectToDut, networkRange_.get());
     setPortFeatures(r);
     return kOk;
 }
@@ -78,17 +69,11 @@ void TCLOspfInterface::setPortFeatures(hal::EOSPFInterface& r) const {
     r.neighborIp = defaults.neighborIp;
 }
 
-void TCLOspfInterface::forgetLearned() {
-    ++requestNumber_;  // an answer still due is not for this interface either
-    answered_ = false;
-    reply_.reset();
-    learned_.reset();
-    learnedCursor_ = 0;
-    numberOfLearnedLsas = 0;
-}
-
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();  // another interface: the learned LSAs were not its own
+    if (!(r.GetID() == work().GetID())) {  // another interface: the learned LSAs were not its own
+        learned_.forget();
+        numberOfLearnedLsas = 0;
+    }
     Staged::FromRecord(r);
     if (TCLOspfNetworkRange* staging = networkRange_.get(); staging && r.ranges.Size() > 0)
         staging->FromRecord(*work().ranges.At(0));
@@ -97,60 +82,11 @@ void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
 // ---- learned LSAs ----
 
 int TCLOspfInterface::requestLearnedLsa() {
-    Port* port = currentPort();
-    if (!port) {
-        setLastError("TCLOspfInterface::requestLearnedLsa()   You have not selected the port.");
-        return kNoPort;
-    }
-    if (!work().GetID().IsValid()) {
-        setLastError("TCLOspfInterface::requestLearnedLsa()   The interface has not been loaded from a router.");
-        return kNoPort;
-    }
-    if (!port->available || port->writeFails) {
-        setLastErrorf("TCLOspfInterface::requestLearnedLsa()   The request could not be sent to port %s.",
-                      portName(*port));
-        return kFail;
-    }
-    uint64_t number = ++requestNumber_;
-    answered_ = false;
-    reply_.reset();
-    chassis::Lab::instance().replies().request(
-        port->id.key(), kOspfLsasKind, learnedLsaKey(ipAddress), token(),
-        [this, number](std::shared_ptr<const chassis::LearnedData> data) {
-            if (number != requestNumber_) return;  // the answer to an older request
-            answered_ = true;
-            reply_ = std::dynamic_pointer_cast<const LearnedLsaList>(data);
-        });
-    return kOk;
+    return learned_.request(work().GetID().IsValid(), kOspfLsasKind, learnedLsaKey(ipAddress), token());
 }
-
-int TCLOspfInterface::getLearnedLsaList() {
-    chassis::Lab::instance().replies().poll();
-    if (!answered_) {
-        setLastError("TCLOspfInterface::getLearnedLsaList()   No learned LSAs have arrived yet.");
-        return kFail;
-    }
-    // A port that learned nothing for this interface answers with an empty list.
-    learned_ = reply_ ? reply_ : std::make_shared<const LearnedLsaList>();
-    numberOfLearnedLsas = int(learned_->lsas.size());
-    learnedCursor_ = 0;
-    return kOk;
-}
-
-int TCLOspfInterface::getFirstLearnedLsa() {
-    learnedCursor_ = 0;
-    return getNextLearnedLsa();
-}
-
-int TCLOspfInterface::getNextLearnedLsa() {
-    TCLOspfUserLsa* staging = userLsa_.get();
-    if (!learned_ || !staging || learnedCursor_ >= learned_->lsas.size()) {
-        setLastError("TCLOspfInterface::getNextLearnedLsa()   No more learned LSAs.");
-        return kFail;
-    }
-    staging->FromRecord(learned_->lsas[learnedCursor_++]);  // GetLearnedLsa
-    return kOk;
-}
+int TCLOspfInterface::getLearnedLsaList() { return learned_.takeList(numberOfLearnedLsas); }
+int TCLOspfInterface::getFirstLearnedLsa() { return learned_.first(userLsa_.get()); }  // GetLearnedLsa
+int TCLOspfInterface::getNextLearnedLsa() { return learned_.next(userLsa_.get()); }
 
 // Checks in the order the equipment has always run them; the
 // authentication check ends validation at once on an overlong key.

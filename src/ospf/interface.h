@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "chassis/replies.h"
 #include "binding/staged.h"
+#include "chassis/replies.h"
+#include "core/learned_lsas.h"
 #include "hal/ospf.h"
 #include "ospf/ranges.h"
 #include "ospf/user_lsa.h"
@@ -68,18 +69,11 @@ public:
 
 private:
     void setPortFeatures(hal::EOSPFInterface& r) const;
-    void forgetLearned();
 
     Ref<TCLOspfUserLsa> userLsa_;
     Ref<TCLOspfNetworkRange> networkRange_;
 
-    // Learned LSAs: the reply to the latest request, and the list taken
-    // from it by getLearnedLsaList.
-    uint64_t requestNumber_ = 0;
-    bool answered_ = false;
-    std::shared_ptr<const LearnedLsaList> reply_;
-    std::shared_ptr<const LearnedLsaList> learned_;
-    size_t learnedCursor_ = 0;
+    LearnedLsas<LearnedLsaList> learned_{"TCLOspfInterface"};
 };
 
 }  // namespace zk

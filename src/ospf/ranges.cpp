@@ -75,25 +75,13 @@ int TCLOspfNetworkRange::intoRecordRest(hal::EOSPFNetworkRange& r) {
     const char* where = "TCLOspfNetworkRange::SetOspfNetworkRange()";
     setGridSize(r, numRows, numColumns, where);
     setGridSize(r, numRows, numColumns, where);
-    loadCounts(r);
+    loadGridCounts(*this, r);
     return kOk;
 }
 
-void TCLOspfNetworkRange::loadCounts(const hal::EOSPFNetworkRange& r) {
-    numSubnets = r.CalcNoOfSubnets();
-    numRouters = r.CalcNoOfRouters();
-    numGeneratedLsas = r.CalcNoOfGeneratedLSAs();
-}
-
 void TCLOspfNetworkRange::fromRecordRest(const hal::EOSPFNetworkRange& r) {
-    numRows = r.rows;
-    numColumns = r.cols;
-    firstSubnetIpAddress = r.firstSubnet.GetAddress().ToString();
-    maskWidth = r.firstSubnet.GetPrefixLength();
-    enableBBit = (r.bits & 1) != 0;
-    enableEBit = (r.bits & 2) != 0;
+    loadGrid(*this, r);
     loadBandwidths(r.te);
-    loadCounts(r);
 }
 
 static binding::Describe<TCLOspfNetworkRange> describeOspfNetworkRange("TCLOspfNetworkRange", [](auto& c) {

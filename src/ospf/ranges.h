@@ -94,9 +94,6 @@ public:
 
     int intoRecordRest(hal::EOSPFNetworkRange& r);
     void fromRecordRest(const hal::EOSPFNetworkRange& r);
-
-private:
-    void loadCounts(const hal::EOSPFNetworkRange& r);
 };
 
 }  // namespace zk

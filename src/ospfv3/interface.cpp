@@ -1,6 +1,7 @@
 #include "ospfv3/interface.h"
 
 #include "binding/describe.h"
+#include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
 
@@ -45,8 +46,7 @@ TCLOspfV3Interface::TCLOspfV3Interface(TCLOspfV3LearnedLsa* pOspfV3LearnedLsa,
 void TCLOspfV3Interface::setDefault() {
     Staged::setDefault();
     numberOfLearnedLsas = 0;
-    learned_.reset();
-    learnedCursor_ = 0;
+    learned_.drop();
 }
 
 int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
@@ -54,78 +54,26 @@ int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
     const Port* port = currentPort();
     const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
     r.portInterfaceId = onPort ? onPort->localId : 0;
-    if (connectToDut == 0) {
-        // A range that does not convert leaves the interface's ranges as they were.
-        hal::EOSPFv3NetworkRange range;
-        if (TCLOspfV3NetworkRange* staging = networkRange_.get(); staging && staging->ToRecord(range) == kOk) {
-            r.ranges.Clear();
-            r.ranges.Add(range);
-        }
-    } else {
-        r.ranges.Clear();  // an interface towards the device under test has no grid behind it
-    }
+    attachGrid(r.ranges, connectToDut, networkRange_.get());
     return kOk;
 }
 
-void TCLOspfV3Interface::forgetLearned() {
-    reply_.forget();  // an answer still due is not for this interface either
-    learned_.reset();
-    learnedCursor_ = 0;
-    numberOfLearnedLsas = 0;
-}
-
 void TCLOspfV3Interface::FromRecord(const hal::EOSPFv3Interface& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();  // another interface: the learned LSAs were not its own
+    if (!(r.GetID() == work().GetID())) {  // another interface: the learned LSAs were not its own
+        learned_.forget();
+        numberOfLearnedLsas = 0;
+    }
     Staged::FromRecord(r);
     if (TCLOspfV3NetworkRange* staging = networkRange_.get(); staging && r.ranges.Size() > 0)
         staging->FromRecord(*work().ranges.At(0));
 }
 
 int TCLOspfV3Interface::requestLearnedLsa() {
-    Port* port = currentPort();
-    if (!port) {
-        setLastError("TCLOspfV3Interface::requestLearnedLsa()   You have not selected the port.");
-        return kNoPort;
-    }
-    if (!work().GetID().IsValid()) {
-        setLastError("TCLOspfV3Interface::requestLearnedLsa()   The interface has not been loaded from a router.");
-        return kNoPort;
-    }
-    if (!port->available || port->writeFails) {
-        setLastErrorf("TCLOspfV3Interface::requestLearnedLsa()   The request could not be sent to port %s.",
-                      portName(*port));
-        return kFail;
-    }
-    reply_.send(*port, kOspfV3LsasKind, ospfV3LearnedKey(ipAddress), token());
-    return kOk;
+    return learned_.request(work().GetID().IsValid(), kOspfV3LsasKind, ospfV3LearnedKey(ipAddress), token());
 }
-
-int TCLOspfV3Interface::getLearnedLsaList() {
-    if (!reply_.arrived()) {
-        setLastError("TCLOspfV3Interface::getLearnedLsaList()   No learned LSAs have arrived yet.");
-        return kFail;
-    }
-    // A port that learned nothing for this interface answers with an empty list.
-    learned_ = reply_.data() ? reply_.data() : std::make_shared<const OspfV3LearnedLsaList>();
-    numberOfLearnedLsas = int(learned_->lsas.size());
-    learnedCursor_ = 0;
-    return kOk;
-}
-
-int TCLOspfV3Interface::getFirstLearnedLsa() {
-    learnedCursor_ = 0;
-    return getNextLearnedLsa();
-}
-
-int TCLOspfV3Interface::getNextLearnedLsa() {
-    TCLOspfV3LearnedLsa* staging = learnedLsa_.get();
-    if (!learned_ || !staging || learnedCursor_ >= learned_->lsas.size()) {
-        setLastError("TCLOspfV3Interface::getNextLearnedLsa()   No more learned LSAs.");
-        return kFail;
-    }
-    staging->FromRecord(learned_->lsas[learnedCursor_++]);
-    return kOk;
-}
+int TCLOspfV3Interface::getLearnedLsaList() { return learned_.takeList(numberOfLearnedLsas); }
+int TCLOspfV3Interface::getFirstLearnedLsa() { return learned_.first(learnedLsa_.get()); }
+int TCLOspfV3Interface::getNextLearnedLsa() { return learned_.next(learnedLsa_.get()); }
 
 // The MTU must lie within the port's range, so it needs a port.
 static void checkMtu(const TCLOspfV3Interface& t, Checks& c) {

@@ -10,7 +10,7 @@
 
 #include "binding/staged.h"
 #include "chassis/replies.h"
-#include "core/learned_reply.h"
+#include "core/learned_lsas.h"
 #include "hal/ospfv3.h"
 #include "ospfv3/ranges.h"
 
@@ -70,14 +70,10 @@ public:
     int intoRecordRest(hal::EOSPFv3Interface& r);
 
 private:
-    void forgetLearned();
-
     Ref<TCLOspfV3LearnedLsa> learnedLsa_;
     Ref<TCLOspfV3NetworkRange> networkRange_;
 
-    LearnedReply<OspfV3LearnedLsaList> reply_;
-    std::shared_ptr<const OspfV3LearnedLsaList> learned_;  // taken by getLearnedLsaList
-    size_t learnedCursor_ = 0;
+    LearnedLsas<OspfV3LearnedLsaList> learned_{"TCLOspfV3Interface"};
 };
 
 }  // namespace zk

@@ -26,24 +26,12 @@ int TCLOspfV3NetworkRange::intoRecordRest(hal::EOSPFv3NetworkRange& r) {
     r.firstSubnet = hal::EIPMaskedAddress(anyAddress(firstSubnetIpAddress), maskWidth);
     r.bits = uint8_t((enableBBit ? 1 : 0) + (enableEBit ? 2 : 0));
     setGridSize(r, numRows, numColumns, "TCLOspfV3NetworkRange::SetOspfV3NetworkRange()");
-    loadCounts(r);
+    loadGridCounts(*this, r);
     return kOk;
 }
 
-void TCLOspfV3NetworkRange::loadCounts(const hal::EOSPFv3NetworkRange& r) {
-    numSubnets = r.CalcNoOfSubnets();
-    numRouters = r.CalcNoOfRouters();
-    numGeneratedLsas = r.CalcNoOfGeneratedLSAs();
-}
-
 void TCLOspfV3NetworkRange::fromRecordRest(const hal::EOSPFv3NetworkRange& r) {
-    numRows = r.rows;
-    numColumns = r.cols;
-    firstSubnetIpAddress = r.firstSubnet.GetAddress().ToString();
-    maskWidth = r.firstSubnet.GetPrefixLength();
-    enableBBit = (r.bits & 1) != 0;
-    enableEBit = (r.bits & 2) != 0;
-    loadCounts(r);
+    loadGrid(*this, r);
 }
 
 static binding::Describe<TCLOspfV3NetworkRange> describeOspfV3NetworkRange("TCLOspfV3NetworkRange", [](auto& c) {

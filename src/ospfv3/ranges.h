@@ -44,9 +44,6 @@ public:
 
     int intoRecordRest(hal::EOSPFv3NetworkRange& r);
     void fromRecordRest(const hal::EOSPFv3NetworkRange& r);
-
-private:
-    void loadCounts(const hal::EOSPFv3NetworkRange& r);
 };
 
 }  // namespace zk

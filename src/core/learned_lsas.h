@@ -1,0 +1,79 @@
+// The learned LSAs of an OSPF interface (either version): a request to the
+// port, the list taken from its answer, and a walk through that list that
+// loads each LSA into a staging object. Messages name the interface class.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "core/errors.h"
+#include "core/learned_reply.h"
+#include "core/port.h"
+
+namespace zk {
+
+// List: the port's answer, a chassis::LearnedData with a vector `lsas`.
+template <class List>
+class LearnedLsas {
+public:
+    explicit LearnedLsas(const char* interfaceClass) : cls_(interfaceClass) {}
+
+    // 0 sent; 100 no port or the interface was not loaded from a router;
+    // 1 the port cannot take the request.
+    int request(bool loaded, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
+        Port* port = currentPort();
+        if (!port) return fail(kNoPort, "requestLearnedLsa()   You have not selected the port.");
+        if (!loaded) return fail(kNoPort, "requestLearnedLsa()   The interface has not been loaded from a router.");
+        if (!port->available || port->writeFails)
+            return fail(kFail, formatText("requestLearnedLsa()   The request could not be sent to port %s.",
+                                          portName(*port)));
+        reply_.send(*port, kind, key, std::move(owner));
+        return kOk;
+    }
+
+    // 0 with the answer taken and `count` its size; 1 none arrived yet.
+    int takeList(int& count) {
+        if (!reply_.arrived()) return fail(kFail, "getLearnedLsaList()   No learned LSAs have arrived yet.");
+        // A port that learned nothing for this interface answers with an empty list.
+        list_ = reply_.data() ? reply_.data() : std::make_shared<const List>();
+        count = int(list_->lsas.size());
+        cursor_ = 0;
+        return kOk;
+    }
+
+    template <class Staging>
+    int first(Staging* staging) {
+        cursor_ = 0;
+        return next(staging);
+    }
+    template <class Staging>
+    int next(Staging* staging) {
+        if (!list_ || !staging || cursor_ >= list_->lsas.size())
+            return fail(kFail, "getNextLearnedLsa()   No more learned LSAs.");
+        staging->FromRecord(list_->lsas[cursor_++]);
+        return kOk;
+    }
+
+    // Drops the list taken; forget() also voids an answer still due.
+    void drop() {
+        list_.reset();
+        cursor_ = 0;
+    }
+    void forget() {
+        reply_.forget();
+        drop();
+    }
+
+private:
+    int fail(int code, const std::string& text) const {
+        setLastError(std::string(cls_) + "::" + text);
+        return code;
+    }
+
+    const char* cls_;
+    LearnedReply<List> reply_;
+    std::shared_ptr<const List> list_;
+    size_t cursor_ = 0;
+};
+
+}  // namespace zk

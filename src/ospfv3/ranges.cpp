@@ -39,14 +39,14 @@ static binding::Describe<TCLOspfV3NetworkRange> describeOspfV3NetworkRange("TCLO
     using R = hal::EOSPFv3NetworkRange;
     auto step = [](const std::string& text) { return parseIPv4(text).value_or(0); };  // most significant byte first
     c.constructor();
-    c.option("numRows", &T::numRows).check(atLeast(0));
-    c.option("numColumns", &T::numColumns).check(atLeast(0));
     c.option("entryPointRow", &T::entryPointRow)
         .check([](const T& t) { return t.entryPointRow >= 0 && t.entryPointRow <= t.numRows; })
         .maps(&R::entryRow);
     c.option("entryPointColumn", &T::entryPointColumn)
         .check([](const T& t) { return t.entryPointColumn >= 0 && t.entryPointColumn <= t.numColumns; })
         .maps(&R::entryCol);
+    c.option("numRows", &T::numRows).check(atLeast(0));
+    c.option("numColumns", &T::numColumns).check(atLeast(0));
     c.option("firstRouterId", &T::firstRouterId).check(ipv4).maps(&R::firstRouterId);
     c.option("routerIdIncrementBy", &T::routerIdIncrementBy).check(ipv4).mapsVia(step, formatIPv4, &R::routerIdStep);
     c.option("firstSubnetIpAddress", &T::firstSubnetIpAddress).check(ipv6);

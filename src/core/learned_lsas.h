@@ -54,6 +54,14 @@ public:
         return kOk;
     }
 
+    // The interface was loaded from a record: one of another interface
+    // makes the learned LSAs not its own.
+    void loaded(bool sameInterface, int& count) {
+        if (sameInterface) return;
+        forget();
+        count = 0;
+    }
+
     // Drops the list taken; forget() also voids an answer still due.
     void drop() {
         list_.reset();

@@ -34,6 +34,13 @@ void attachGrid(List& ranges, int connectToDut, Staging* staging) {
     }
 }
 
+// The staging network range of an interface loaded from a record shows the
+// grid behind it, if there is one.
+template <class Staging, class List>
+void loadAttachedGrid(Staging* staging, const List& ranges) {
+    if (staging && ranges.Size() > 0) staging->FromRecord(*ranges.At(0));
+}
+
 // The options of a network range that its record keeps in another form:
 // the grid as the port lowered it, the first subnet with its mask, the
 // B and E bits, and the counts the record computes.

@@ -22,7 +22,7 @@ namespace hal {
 namespace ospfv3 {
 inline constexpr uint32_t kDefaultOptions = 0x13;  // V6, E, R
 inline EIPAddress v6(std::array<uint8_t, 16> bytes) { return EIPAddress::FromV6(bytes); }
-inline const EIPAddress kDocumentation = v6({0x20, 0x01, 0x0d, 0xb8});  // 2001:db8::
+inline EIPAddress documentation() { return v6({0x20, 0x01, 0x0d, 0xb8}); }  // 2001:db8::
 }  // namespace ospfv3
 
 // An emulated grid of routers and IPv6 subnets behind an interface.
@@ -112,7 +112,7 @@ struct EOSPFv3RouteRange : ERecord {
 // 16-bit metric (link LSAs carry no metric; the field is then not sent
 // on the wire).
 struct EOSPFv3LSAPrefix : ERecord {
-    EIPAddress address = ospfv3::kDocumentation;
+    EIPAddress address = ospfv3::documentation();
     uint8_t length = 64;
     uint8_t options = 0;
     uint16_t metric = 0;
@@ -197,7 +197,7 @@ struct EOSPFv3NetworkLSA : EOSPFv3LSAHeader {
 
 // The one prefix an inter-area-prefix or AS-external LSA carries.
 struct EOSPFv3OnePrefix {
-    EIPAddress prefix = ospfv3::kDocumentation;
+    EIPAddress prefix = ospfv3::documentation();
     uint8_t prefixLength = 64;
     uint8_t prefixOptions = 0;
 

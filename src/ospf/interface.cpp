@@ -70,13 +70,9 @@ void TCLOspfInterface::setPortFeatures(hal::EOSPFInterface& r) const {
 }
 
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
-    if (!(r.GetID() == work().GetID())) {  // another interface: the learned LSAs were not its own
-        learned_.forget();
-        numberOfLearnedLsas = 0;
-    }
+    learned_.loaded(r.GetID() == work().GetID(), numberOfLearnedLsas);
     Staged::FromRecord(r);
-    if (TCLOspfNetworkRange* staging = networkRange_.get(); staging && r.ranges.Size() > 0)
-        staging->FromRecord(*work().ranges.At(0));
+    loadAttachedGrid(networkRange_.get(), work().ranges);
 }
 
 // ---- learned LSAs ----

@@ -59,13 +59,9 @@ int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
 }
 
 void TCLOspfV3Interface::FromRecord(const hal::EOSPFv3Interface& r) {
-    if (!(r.GetID() == work().GetID())) {  // another interface: the learned LSAs were not its own
-        learned_.forget();
-        numberOfLearnedLsas = 0;
-    }
+    learned_.loaded(r.GetID() == work().GetID(), numberOfLearnedLsas);
     Staged::FromRecord(r);
-    if (TCLOspfV3NetworkRange* staging = networkRange_.get(); staging && r.ranges.Size() > 0)
-        staging->FromRecord(*work().ranges.At(0));
+    loadAttachedGrid(networkRange_.get(), work().ranges);
 }
 
 int TCLOspfV3Interface::requestLearnedLsa() {

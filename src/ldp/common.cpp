@@ -20,7 +20,7 @@ bool validLabel(long long label) { return label >= hal::kFirstLdpLabel && label 
 
 // In increment mode each item takes the next label; a fixed label is shared.
 bool labelsFit(int labelMode, long long first, long long count) {
-    return labelMode == 0 || count < 1 || first + count - 1 <= hal::kLastLdpLabel;
+    return labelMode == 0 || count < 1 || !validLabel(first) || first + count - 1 <= hal::kLastLdpLabel;
 }
 
 bool ipv4Mask(const std::string& text) {

@@ -12,7 +12,11 @@ bool isAtmPort(const Port& p) { return p.type == "atm"; }
 // A hold time of 0 asks for the default; any other must outlast the hellos.
 template <class T>
 bool holdOutlastsHellos(const T& t) {
-    return t.holdTime == 0 || t.holdTime > t.helloInterval;
+    return ldp::holdOutlasts(t.holdTime, t.helloInterval);
+}
+
+bool notBelow(int min, int max, int limit) {
+    return !ldp::inRange(min, 0, limit) || !ldp::inRange(max, 0, limit) || max >= min;
 }
 
 }  // namespace
@@ -38,13 +42,13 @@ static binding::Describe<TCLLdpAtmLabelRange> describeLdpAtmLabelRange("TCLLdpAt
     c.option("minVpi", &T::minVpi).check(range(0, 4095)).maps(&R::minVpi);
     c.option("maxVpi", &T::maxVpi)
         .check(range(0, 4095))
-        .check([](const T& t) { return t.maxVpi >= t.minVpi; },
+        .check([](const T& t) { return notBelow(t.minVpi, t.maxVpi, 4095); },
                "TCLLdpAtmLabelRange::Validate()   maxVpi is less than minVpi.")
         .maps(&R::maxVpi);
     c.option("minVci", &T::minVci).check(range(32, 65535)).maps(&R::minVci);
     c.option("maxVci", &T::maxVci)
         .check(range(32, 65535))
-        .check([](const T& t) { return t.maxVci >= t.minVci; },
+        .check([](const T& t) { return notBelow(t.minVci, t.maxVci, 65535); },
                "TCLLdpAtmLabelRange::Validate()   maxVci is less than minVci.")
         .maps(&R::maxVci);
     c.method("setDefault", &T::setDefault);

@@ -112,7 +112,7 @@ static binding::Describe<TCLLdpRouter> describeLdpRouter("TCLLdpRouter", [](auto
     c.option("keepAliveInterval", &T::keepAliveInterval).check(range(1, 65535)).maps(&R::keepAliveInterval);
     c.option("keepAliveHoldTime", &T::keepAliveHoldTime)
         .check(range(1, 65535))
-        .check([](const T& t) { return t.keepAliveHoldTime > t.keepAliveInterval; },
+        .check([](const T& t) { return ldp::holdOutlasts(t.keepAliveHoldTime, t.keepAliveInterval); },
                "TCLLdpRouter::Validate()   keepAliveHoldTime must be more than keepAliveInterval.")
         .maps(&R::keepAliveHoldTime);
     // These three need the port's graceful restart (intoRecordRest).

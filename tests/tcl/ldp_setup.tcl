@@ -2,8 +2,7 @@
 # module's last message and JSON look-ups.
 source [file join [file dirname [info script]] common.tcl]
 
-# A fresh lab (answers without delay) and a fresh tree under fixed names,
-# each object built on the staging objects it lists.
+# The tree under fixed names (buildTree, common.tcl).
 set ::ldpTreeSpec {
     atm TCLLdpAtmLabelRange {}
     ifc TCLLdpInterface {atm}
@@ -17,14 +16,7 @@ set ::ldpTreeSpec {
     rtr TCLLdpRouter {ifc tp afr rfr l2 ll}
     srv TCLLdpServer {rtr}
 }
-proc ldpTree {} {
-    fresh
-    zkchassis::configure -replyDelay 0
-    foreach {obj cls staging} $::ldpTreeSpec {
-        if {[info commands ::$obj] ne ""} { $obj -delete }
-        $cls $obj {*}[lmap s $staging { $s cget -this }]
-    }
-}
+proc ldpTree {} { buildTree $::ldpTreeSpec }
 proc ldpPort {} { ldpTree; srv select 1 1 1 }
 proc freshTree {} { ldpTree }
 

@@ -11,12 +11,12 @@ proc fresh {} {
 }
 
 # A fresh lab (answers without delay) and a fresh tree of objects from a
-# spec {name class {staging names} ...}, each built on the staging objects
-# it lists, which the spec names before it.
-proc buildTree {spec} {
+# list {name class {staging names} ...}, each built on the staging objects
+# it lists, which come before it.
+proc buildTree {objects} {
     fresh
     zkchassis::configure -replyDelay 0
-    foreach {obj cls staging} $spec {
+    foreach {obj cls staging} $objects {
         if {[info commands ::$obj] ne ""} { $obj -delete }
         $cls $obj {*}[lmap s $staging { $s cget -this }]
     }

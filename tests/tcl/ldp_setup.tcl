@@ -3,7 +3,7 @@
 source [file join [file dirname [info script]] common.tcl]
 
 # The tree under fixed names (buildTree, common.tcl).
-set ::ldpTreeSpec {
+set ::ldpTreeObjects {
     atm TCLLdpAtmLabelRange {}
     ifc TCLLdpInterface {atm}
     tp TCLLdpTargetedPeer {}
@@ -16,7 +16,7 @@ set ::ldpTreeSpec {
     rtr TCLLdpRouter {ifc tp afr rfr l2 ll}
     srv TCLLdpServer {rtr}
 }
-proc ldpTree {} { buildTree $::ldpTreeSpec }
+proc ldpTree {} { buildTree $::ldpTreeObjects }
 proc ldpPort {} { ldpTree; srv select 1 1 1 }
 proc freshTree {} { ldpTree }
 

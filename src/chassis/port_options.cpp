@@ -219,6 +219,8 @@ const PortOption kOptions[] = {
      setFlag<&Port::refreshReduction>, copy<&Port::refreshReduction>},
     {"-bgpFamilies", "boolean", "`1`", "BGP address families beyond IPv4 unicast (multicast, labelled, VPN, IPv6)",
      getInt<&Port::bgpFamilies>, setFlag<&Port::bgpFamilies>, copy<&Port::bgpFamilies>},
+    {"-ldpGracefulRestart", "boolean", "`1`", "LDP graceful restart (reconnect and recovery times)",
+     getInt<&Port::ldpGracefulRestart>, setFlag<&Port::ldpGracefulRestart>, copy<&Port::ldpGracefulRestart>},
     {"-mtu", "`{min max}`", "`64 9216`", "the MTU range the port accepts", getMtu, setMtu,
      copy<&Port::mtuMin, &Port::mtuMax>},
     {"-gridLimit", "integer >= 0", "`0`", "largest OSPF grid rows/columns; 0 is no limit", getInt<&Port::gridLimit>,

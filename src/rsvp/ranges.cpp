@@ -37,7 +37,7 @@ static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSen
     c.option("minimumPolicedUnit", &T::minimumPolicedUnit).check(atLeast(0)).maps(&R::minimumPolicedUnit);
     c.option("maximumPacketSize", &T::maximumPacketSize)
         .check(atLeast(0))
-        .check([](const T& t) { return t.minimumPolicedUnit <= t.maximumPacketSize; },
+        .check([](const T& t) { return t.maximumPacketSize < 0 || t.minimumPolicedUnit <= t.maximumPacketSize; },
                "TCLRsvpSenderRange::Validate()   Invalid maximumPacketSize: it is smaller than minimumPolicedUnit.")
         .maps(&R::maximumPacketSize);
     c.option("enableFastReroute", &T::enableFastReroute).check(boolean).maps(&R::fastReroute);
@@ -77,10 +77,14 @@ static binding::Describe<TCLRsvpDestinationRange> describeRsvpDestinationRange("
     c.option("refreshInterval", &T::refreshInterval).check(atLeast(1)).maps(&R::refreshInterval);
     c.option("timeoutMultiplier", &T::timeoutMultiplier).check(atLeast(1)).maps(&R::timeoutMultiplier);
     c.option("setupPriority", &T::setupPriority).check(range(0, 7)).maps(&R::setupPriority);
-    // RFC 3209: a session may not set up at a better priority than it holds.
+    // RFC 3209: a session may not set up at a better priority than it holds
+    // (0 is the best); compared only when both are in range.
     c.option("holdingPriority", &T::holdingPriority)
         .check(range(0, 7))
-        .check([](const T& t) { return t.holdingPriority <= t.setupPriority; },
+        .check([](const T& t) {
+                   return !range(0, 7)(t.setupPriority) || !range(0, 7)(t.holdingPriority) ||
+                          t.holdingPriority <= t.setupPriority;
+               },
                "TCLRsvpDestinationRange::Validate()   Invalid holdingPriority: it is worse than setupPriority.")
         .maps(&R::holdingPriority);
     c.option("enableLocalProtectionDesired", &T::enableLocalProtectionDesired)

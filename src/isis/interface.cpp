@@ -22,7 +22,8 @@ namespace {
 
 // The holding time an IIH carries is hello times multiplier, in 16 bits.
 bool holdingTimeFits(const TCLIsisInterface& t) {
-    return t.helloInterval < 1 || t.holdMultiplier < 2 || (long long)t.helloInterval * t.holdMultiplier <= 65535;
+    bool timers = t.helloInterval >= 1 && t.helloInterval <= 65535 && t.holdMultiplier >= 2 && t.holdMultiplier <= 100;
+    return !timers || (long long)t.helloInterval * t.holdMultiplier <= 65535;
 }
 
 }  // namespace

@@ -87,10 +87,15 @@ int TCLIsisRouter::getNextLearnedLsp() {
 
 namespace {
 
-// Traffic engineering travels in the wide-metric TLVs (22 and 135).
-bool teHasWideMetrics(const TCLIsisRouter& t) { return !t.enableTrafficEngineering || t.enableWideMetric; }
+// Traffic engineering travels in the wide-metric TLVs (22 and 135). Both
+// relations are checked only between values that passed their own checks.
+bool teHasWideMetrics(const TCLIsisRouter& t) { return !(t.enableTrafficEngineering == 1 && t.enableWideMetric == 0); }
 // An LSP is refreshed before it ages out.
-bool refreshedInTime(const TCLIsisRouter& t) { return t.lspRefreshInterval < t.lspMaxLifetime; }
+bool refreshedInTime(const TCLIsisRouter& t) {
+    bool timers = t.lspRefreshInterval >= 1 && t.lspRefreshInterval <= 65535 && t.lspMaxLifetime >= 1 &&
+                  t.lspMaxLifetime <= 65535;
+    return !timers || t.lspRefreshInterval < t.lspMaxLifetime;
+}
 
 }  // namespace
 

@@ -18,9 +18,11 @@ uint32_t addressStep(const std::string& text) { return parseIPv4(text).value_or(
 
 }  // namespace
 
-// Every TE path runs between nodes of the grid as the script sized it.
+// Every TE path runs between nodes of the grid as the script sized it
+// (a size that fails its own check is not held against the paths).
 static bool pathsInside(const TCLIsisGrid& t) {
     bool inside = true;
+    if (t.numRows < 1 || t.numColumns < 1) return inside;
     t.work().tePaths.ForEach([&](const hal::EISISGridTePath& p) {
         inside = inside && p.sourceRow <= t.numRows && p.destinationRow <= t.numRows &&
                  p.sourceColumn <= t.numColumns && p.destinationColumn <= t.numColumns;
@@ -101,12 +103,15 @@ static binding::Describe<TCLIsisGrid> describeIsisGrid("TCLIsisGrid", [](auto& c
     c.option("numColumns", &T::numColumns)
         .check(atLeast(1))
         .check(pathsInside, "TCLIsisGrid::Validate()   A TE path leaves the grid of numRows by numColumns.");
-    // The entry point is the node the emulated router connects to.
+    // The entry point is the node the emulated router connects to; it is
+    // held against a grid size only when that passed its own check.
     c.option("entryPointRow", &T::entryPointRow)
-        .check([](const T& t) { return t.entryPointRow >= 1 && t.entryPointRow <= t.numRows; })
+        .check([](const T& t) { return t.entryPointRow >= 1 && (t.numRows < 1 || t.entryPointRow <= t.numRows); })
         .maps(&R::entryRow);
     c.option("entryPointColumn", &T::entryPointColumn)
-        .check([](const T& t) { return t.entryPointColumn >= 1 && t.entryPointColumn <= t.numColumns; })
+        .check([](const T& t) {
+            return t.entryPointColumn >= 1 && (t.numColumns < 1 || t.entryPointColumn <= t.numColumns);
+        })
         .maps(&R::entryCol);
     c.option("firstSystemId", &T::firstSystemId)
         .check(isis::systemId)

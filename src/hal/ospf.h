@@ -9,41 +9,18 @@
 #pragma once
 
 #include <array>
-#include <climits>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "hal/basic.h"
+#include "hal/grid.h"
+#include "hal/te.h"
 
 namespace hal {
 
-// Link data of traffic engineering (the link TLV's sub-TLVs); bandwidths
-// are in bytes per second as on the wire.
-struct ETrafficEngineeringData {
-    static constexpr double kGigabit = 125000000.0;  // 1 Gbit/s in bytes per second
-    double maxBandwidth = kGigabit;
-    double maxReservableBandwidth = kGigabit;
-    uint32_t metric = 0;
-    EBlob adminGroup{std::vector<uint8_t>(4, 0)};
-    std::array<double, 8> unreserved{kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit};
-
-    static constexpr auto fields() {
-        using R = ETrafficEngineeringData;
-        return hal::fields(field("MaxBandwidth", &R::maxBandwidth, "bytes per second"),
-                           field("MaxReservableBandwidth", &R::maxReservableBandwidth),
-                           field("Metric", &R::metric), field("AdministrativeGroup", &R::adminGroup),
-                           field("UnreservedBandwidth", &R::unreserved, "per priority 0 to 7"));
-    }
-};
-
 // An emulated grid of routers and subnets behind an interface.
-struct EOSPFNetworkRange : ERecord {
-    // Limit key of the port: a positive key caps the count, 0 or -1 none.
-    void SetNumberOfRows(int n, int key) { rows = capped(n, key); }
-    void SetNumberOfCols(int n, int key) { cols = capped(n, key); }
-
-    int rows = 2, cols = 2;
+struct EOSPFNetworkRange : EGrid {
     int entryRow = 1, entryCol = 1;
     EIPAddress firstRouterId = EIPAddress::FromV4(0x0A000001);  // 10.0.0.1
     uint32_t routerIdStep = 1;
@@ -59,17 +36,15 @@ struct EOSPFNetworkRange : ERecord {
     // The grid: rows x columns routers, each joined to its right and lower
     // neighbour by one subnet; every router originates a router LSA and, on
     // broadcast links, every subnet a network LSA.
-    // Counts beyond the range of an int are reported as its largest value.
     int CalcNoOfRouters() const { return saturated(routers()); }
-    int CalcNoOfSubnets() const { return saturated(subnets()); }
-    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? subnets() : 0)); }
+    int CalcNoOfSubnets() const { return saturated(links()); }
+    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? links() : 0)); }
 
     static constexpr auto fields() {
         using R = EOSPFNetworkRange;
         return std::tuple_cat(
-            ERecord::fields(),
-            hal::fields(field("NumberOfRows", &R::rows), field("NumberOfCols", &R::cols),
-                        field("EntryPointRow", &R::entryRow), field("EntryPointColumn", &R::entryCol),
+            EGrid::fields(),
+            hal::fields(field("EntryPointRow", &R::entryRow), field("EntryPointColumn", &R::entryCol),
                         field("FirstRouterID", &R::firstRouterId), field("RouterIDIncrement", &R::routerIdStep),
                         field("FirstSubnetIPAddress", &R::firstSubnet), field("SubnetIncrement", &R::subnetStep),
                         field("IncrementAddressFromMask", &R::incrementFromMask),
@@ -87,13 +62,6 @@ private:
     std::string Description() const {
         return "Auto generated " + std::to_string(rows) + " by " + std::to_string(cols) + " grid";
     }
-    static int capped(int n, int key) { return key > 0 && n > key ? key : n; }
-    long long routers() const { return (long long)rows * cols; }
-    long long subnets() const {
-        if (rows <= 0 || cols <= 0) return 0;
-        return (long long)rows * (cols - 1) + (long long)cols * (rows - 1);
-    }
-    static int saturated(long long v) { return v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : int(v); }
 };
 
 // What every link-state interface has.

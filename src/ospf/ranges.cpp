@@ -1,47 +1,10 @@
 #include "ospf/ranges.h"
 
 #include "core/parse.h"
+#include "core/grid.h"
 #include "core/port.h"
 
 namespace zk {
-
-const std::array<TeBandwidths::Field, 10> TeBandwidths::kFields = {{
-    {"maxBandwidth", &TeBandwidths::maxBandwidth},
-    {"maxReservableBandwidth", &TeBandwidths::maxReservableBandwidth},
-    {"unreservedBandwidthPriority0", &TeBandwidths::unreservedBandwidthPriority0},
-    {"unreservedBandwidthPriority1", &TeBandwidths::unreservedBandwidthPriority1},
-    {"unreservedBandwidthPriority2", &TeBandwidths::unreservedBandwidthPriority2},
-    {"unreservedBandwidthPriority3", &TeBandwidths::unreservedBandwidthPriority3},
-    {"unreservedBandwidthPriority4", &TeBandwidths::unreservedBandwidthPriority4},
-    {"unreservedBandwidthPriority5", &TeBandwidths::unreservedBandwidthPriority5},
-    {"unreservedBandwidthPriority6", &TeBandwidths::unreservedBandwidthPriority6},
-    {"unreservedBandwidthPriority7", &TeBandwidths::unreservedBandwidthPriority7},
-}};
-
-hal::EIPAddress validAddress(const std::string& text) { return ipv4Address(text).value_or(hal::EIPAddress{}); }
-
-hal::EBlob adminGroupBlob(const std::string& text) {
-    auto group = parseAdminGroup(text).value_or(std::array<uint8_t, 4>{});
-    return hal::EBlob({group.begin(), group.end()});
-}
-
-void TeBandwidths::loadBandwidths(const hal::ETrafficEngineeringData& te) {
-    maxBandwidth = te.maxBandwidth;
-    maxReservableBandwidth = te.maxReservableBandwidth;
-    for (size_t p = 0; p < 8; ++p) this->*kFields[p + 2].member = te.unreserved[p];
-}
-
-void TeBandwidths::fillBandwidths(hal::ETrafficEngineeringData& te) const {
-    for (size_t p = 0; p < 8; ++p) te.unreserved[p] = this->*kFields[p + 2].member;
-    te.maxBandwidth = maxBandwidth;
-    te.maxReservableBandwidth = maxReservableBandwidth;
-}
-
-std::string adminGroupText(const hal::EBlob& group) {
-    std::string text;
-    for (uint8_t b : group.GetData()) text += (text.empty() ? "" : " ") + formatText("%02x", b);
-    return text;
-}
 
 // ---- route range ----
 
@@ -64,34 +27,13 @@ static binding::Describe<TCLOspfRouteRange> describeOspfRouteRange("TCLOspfRoute
 
 // ---- network range ----
 
-// The port may not emulate a grid of any size: the HAL caps rows and
-// columns by the port's limit key, and a lowered count is reported.
-void TCLOspfNetworkRange::setGridSize(hal::EOSPFNetworkRange& r) const {
-    Port* port = currentPort();
-    if (!port) {
-        r.SetNumberOfCols(numColumns, -1);
-        r.SetNumberOfRows(numRows, -1);
-        return;
-    }
-    int key = port->gridLimit;
-    r.SetNumberOfRows(numRows, key);
-    if (r.rows != numRows)
-        setLastErrorf("TCLOspfNetworkRange::SetOspfNetworkRange()   Selected value for numRows is not supported for "
-                      "this configuration on port %s. numRows is changed to valid number %d.",
-                      portName(*port), r.rows);
-    r.SetNumberOfCols(numColumns, key);
-    if (r.cols != numColumns)
-        setLastErrorf("TCLOspfNetworkRange::SetOspfNetworkRange()   Selected value for numColumns is not supported "
-                      "for this configuration on port %s. numColumns is changed to valid number %d.",
-                      portName(*port), r.cols);
-}
-
 int TCLOspfNetworkRange::intoRecordRest(hal::EOSPFNetworkRange& r) {
     r.firstSubnet = hal::EIPMaskedAddress(validAddress(firstSubnetIpAddress), maskWidth);
     r.bits = uint8_t((enableBBit ? 1 : 0) + (enableEBit ? 2 : 0));
     fillBandwidths(r.te);
-    setGridSize(r);
-    setGridSize(r);  // asked once more after the entry point; a lowered count is reported again
+    const char* where = "TCLOspfNetworkRange::SetOspfNetworkRange()";
+    setGridSize(r, numRows, numColumns, where);
+    setGridSize(r, numRows, numColumns, where);  // asked once more after the entry point; a lowered count is reported again
     loadCounts(r);
     return kOk;
 }

@@ -116,20 +116,8 @@ void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
 // ---- learned routes and statistics ----
 
 int TCLBgp4Neighbor::mayRequest(const char* function) const {
-    Port* port = currentPort();
-    if (!port) {
-        setLastErrorf("TCLBgp4Neighbor::%s()   You have not selected the port.", function);
-        return kNoPort;
-    }
-    if (!work().GetID().IsValid()) {
-        setLastErrorf("TCLBgp4Neighbor::%s()   The neighbor has not been loaded from the server.", function);
-        return kNoPort;
-    }
-    if (!port->available || port->writeFails) {
-        setLastErrorf("TCLBgp4Neighbor::%s()   The request could not be sent to port %s.", function, portName(*port));
-        return kFail;
-    }
-    return kOk;
+    std::string where = formatText("TCLBgp4Neighbor::%s()", function);
+    return mayRequestLearned(where.c_str(), work().GetID().IsValid(), "The neighbor has not been loaded from the server.");
 }
 
 int TCLBgp4Neighbor::requestLearnedRoutes() {

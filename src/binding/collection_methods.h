@@ -8,6 +8,8 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
+#include <utility>
 
 #include "binding/describe.h"
 #include "core/collection.h"
@@ -39,6 +41,22 @@ void describeCollection(binding::ClassDesc<T>& c, const std::string& kind, const
     c.method(("getFirst" + kind).c_str(), &M::getFirst);
     c.method(("getNext" + kind).c_str(), &M::getNext);
     c.method(clearName, &M::clearAll);
+}
+
+// A port server with one list, its routers, and no options of its own:
+// constructed with the staging router, it has setDefault, select, set,
+// get, the router collection, write and generateStreams, in that order.
+template <auto Routers, class T>
+void describeRouterServer(binding::ClassDesc<T>& c, const char* stagingArg) {
+    using Router = std::remove_pointer_t<decltype((std::declval<T&>().*Routers).staging())>;
+    c.template constructor<Router*>(stagingArg);
+    c.method("setDefault", &T::setDefault);
+    c.method("select", &T::select, "chasID", "cardID", "portID");
+    c.method("set", &T::set);
+    c.method("get", &T::get);
+    describeCollection<Routers>(c, "Router", "routerLocalId", "clearAllRouters");
+    c.method("write", &T::write);
+    c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
 }
 
 }  // namespace zk

@@ -77,6 +77,8 @@ public:
     int ospfFeatures = 1;
     int refreshReduction = 1;
     int bgpFamilies = 1;  // BGP address families beyond plain IPv4 unicast
+    int isisFeatures = 1;  // IS-IS traffic engineering and graceful restart
+    int ldpGracefulRestart = 1;
     int mtuMin = 64, mtuMax = 9216;
     int gridLimit = 0;
     int writeFails = 0;

@@ -8,8 +8,30 @@
 
 #include "chassis/lab.h"
 #include "chassis/port.h"
+#include "core/port.h"
 
 namespace zk {
+
+// Whether a request for learned information may go out now, `where` being
+// "TCL<Class>::<method>()": 0; 100 with no port, or when the object was
+// not loaded from its parent (`notLoaded` says so); 1 when the port
+// cannot be asked.
+inline int mayRequestLearned(const char* where, bool loaded, const char* notLoaded) {
+    Port* port = currentPort();
+    if (!port) {
+        setLastErrorf("%s   You have not selected the port.", where);
+        return kNoPort;
+    }
+    if (!loaded) {
+        setLastErrorf("%s   %s", where, notLoaded);
+        return kNoPort;
+    }
+    if (!port->available || port->writeFails) {
+        setLastErrorf("%s   The request could not be sent to port %s.", where, portName(*port));
+        return kFail;
+    }
+    return kOk;
+}
 
 template <class Data>
 class LearnedReply {

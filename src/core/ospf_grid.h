@@ -3,17 +3,8 @@
 #pragma once
 
 #include "core/errors.h"
+#include "core/grid.h"
 #include "hal/ospf_grid.h"
-
-namespace zk {
-
-// Sets rows and columns as far as the current port allows; a lowered count
-// is reported with `where` ("TCLOspfNetworkRange::SetOspfNetworkRange()")
-// and the port's name, the conversion going on. Without a port there is no
-// limit and nothing is reported.
-void setGridSize(hal::EOspfGrid& r, int numRows, int numColumns, const char* where);
-
-}  // namespace zk
 
 namespace zk {
 

@@ -15,27 +15,9 @@
 
 #include "hal/basic.h"
 #include "hal/ospf_grid.h"
+#include "hal/te.h"
 
 namespace hal {
-
-// Link data of traffic engineering (the link TLV's sub-TLVs); bandwidths
-// are in bytes per second as on the wire.
-struct ETrafficEngineeringData {
-    static constexpr double kGigabit = 125000000.0;  // 1 Gbit/s in bytes per second
-    double maxBandwidth = kGigabit;
-    double maxReservableBandwidth = kGigabit;
-    uint32_t metric = 0;
-    EBlob adminGroup{std::vector<uint8_t>(4, 0)};
-    std::array<double, 8> unreserved{kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit, kGigabit};
-
-    static constexpr auto fields() {
-        using R = ETrafficEngineeringData;
-        return hal::fields(field("MaxBandwidth", &R::maxBandwidth, "bytes per second"),
-                           field("MaxReservableBandwidth", &R::maxReservableBandwidth),
-                           field("Metric", &R::metric), field("AdministrativeGroup", &R::adminGroup),
-                           field("UnreservedBandwidth", &R::unreserved, "per priority 0 to 7"));
-    }
-};
 
 // An emulated grid of routers and IPv4 subnets behind an interface.
 struct EOSPFNetworkRange : EOspfGrid {
@@ -50,7 +32,7 @@ struct EOSPFNetworkRange : EOspfGrid {
 
     // Every router originates a router LSA and, on broadcast links, every
     // subnet a network LSA.
-    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? subnets() : 0)); }
+    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? links() : 0)); }
 
     static constexpr auto fields() {
         using R = EOSPFNetworkRange;

@@ -35,7 +35,7 @@ struct EOSPFv3NetworkRange : EOspfGrid {
     // Every router originates a router LSA and an intra-area-prefix LSA for
     // its stub prefixes; on broadcast links every subnet adds a network LSA
     // and the intra-area-prefix LSA that refers to it.
-    int CalcNoOfGeneratedLSAs() const { return saturated(2 * routers() + (linkType == 0 ? 2 * subnets() : 0)); }
+    int CalcNoOfGeneratedLSAs() const { return saturated(2 * routers() + (linkType == 0 ? 2 * links() : 0)); }
 
     static constexpr auto fields() {
         using R = EOSPFv3NetworkRange;

@@ -77,15 +77,7 @@ static binding::Describe<TCLOspfRouter> describeOspfRouter("TCLOspfRouter", [](a
 });
 
 static binding::Describe<TCLOspfServer> describeOspfServer("TCLOspfServer", [](auto& c) {
-    using T = TCLOspfServer;
-    c.template constructor<TCLOspfRouter*>("pOspfRouter");
-    c.method("setDefault", &T::setDefault);
-    c.method("select", &T::select, "chasID", "cardID", "portID");
-    c.method("set", &T::set);
-    c.method("get", &T::get);
-    describeCollection<&T::routers>(c, "Router", "routerLocalId", "clearAllRouters");
-    c.method("write", &T::write);
-    c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
+    describeRouterServer<&TCLOspfServer::routers>(c, "pOspfRouter");
 });
 
 }  // namespace zk

@@ -625,7 +625,9 @@ proc singleCall {} {
             }
             set words [list $cmd]
             for {set i [upto 4]} {$i > 0} {incr i -1} { lappend words [anyValue] }
-            if {[regexp {^(.*)_(.*)_([gs]et)$} $cmd -> cls opt how] && [dict exists $::options($cls) $opt]} {
+            # class names have no underscore; option names may (-lsp_tunnel)
+            if {[regexp {^([^_]+)_(.*)_([gs]et)$} $cmd -> cls opt how] && [info exists ::options($cls)]
+                && [dict exists $::options($cls) $opt]} {
                 set words [list $cmd [handleValue $cls]]
                 if {$how eq "set"} { lappend words [optionValue [lindex [dict get $::options($cls) $opt] 0]] }
             }

@@ -1,8 +1,7 @@
 # Helpers shared by the BGP-4 suites: one object tree and JSON look-ups.
 source [file join [file dirname [info script]] common.tcl]
 
-# A fresh lab (answers without delay) and a fresh tree under fixed names,
-# each object built on the staging objects it lists.
+# The tree under fixed names (buildTree, common.tcl).
 set ::bgpTreeSpec {
     asp TCLBgp4AsPathItem {}
     ext TCLBgp4ExtendedCommunity {}
@@ -19,14 +18,7 @@ set ::bgpTreeSpec {
     nbr TCLBgp4Neighbor {rr site mpls pf rf tbl lr}
     srv TCLBgp4Server {nbr}
 }
-proc bgpTree {} {
-    fresh
-    zkchassis::configure -replyDelay 0
-    foreach {obj cls staging} $::bgpTreeSpec {
-        if {[info commands ::$obj] ne ""} { $obj -delete }
-        $cls $obj {*}[lmap s $staging { $s cget -this }]
-    }
-}
+proc bgpTree {} { buildTree $::bgpTreeSpec }
 proc bgpPort {} { bgpTree; srv select 1 1 1 }
 proc freshTree {} { bgpTree }
 

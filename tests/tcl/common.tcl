@@ -10,6 +10,18 @@ proc fresh {} {
     set ::zkErrorInfo ""
 }
 
+# A fresh lab (answers without delay) and a fresh tree of objects from a
+# list {name class {staging names} ...}, each built on the staging objects
+# it lists, which come before it.
+proc buildTree {objects} {
+    fresh
+    zkchassis::configure -replyDelay 0
+    foreach {obj cls staging} $objects {
+        if {[info commands ::$obj] ne ""} { $obj -delete }
+        $cls $obj {*}[lmap s $staging { $s cget -this }]
+    }
+}
+
 # The JSON text that reached a port, decoded with a small reader so the
 # suites can compare fields without a JSON package.
 proc written {c d p protocol} { zkchassis::written $c $d $p $protocol }

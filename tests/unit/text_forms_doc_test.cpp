@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 
+#include "core/mac_address.h"
 #include "core/parse.h"
 #include "hal/flatten.h"
 
@@ -22,6 +23,7 @@ const std::map<std::string, std::function<std::string(const std::string&)>> read
     {"IPv6 text", [](const std::string& t) { auto a = zk::ipv6Address(t); return a ? quoted(a->ToString()) : "invalid"; }},
     {"Byte text", [](const std::string& t) { return bytesResult(zk::parseBytes(t)); }},
     {"Group text", [](const std::string& t) { auto g = zk::parseAdminGroup(t); return g ? bytesResult(std::vector<uint8_t>(g->begin(), g->end())) : "invalid"; }},
+    {"MAC text", [](const std::string& t) { auto m = zk::parseMac(t); return m ? quoted(zk::formatMac(*m)) : "invalid"; }},
 };
 
 // Cells of a table line "| a | b |": one blank each side belongs to the table.

@@ -1,0 +1,28 @@
+#include "core/grid.h"
+
+#include "core/errors.h"
+#include "core/port.h"
+
+namespace zk {
+
+void setGridSize(hal::EGrid& r, int numRows, int numColumns, const char* where) {
+    Port* port = currentPort();
+    if (!port) {
+        r.SetNumberOfCols(numColumns, -1);
+        r.SetNumberOfRows(numRows, -1);
+        return;
+    }
+    int key = port->gridLimit;
+    r.SetNumberOfRows(numRows, key);
+    if (r.rows != numRows)
+        setLastErrorf("%s   Selected value for numRows is not supported for this configuration on port %s. numRows is "
+                      "changed to valid number %d.",
+                      where, portName(*port), r.rows);
+    r.SetNumberOfCols(numColumns, key);
+    if (r.cols != numColumns)
+        setLastErrorf("%s   Selected value for numColumns is not supported for this configuration on port %s. "
+                      "numColumns is changed to valid number %d.",
+                      where, portName(*port), r.cols);
+}
+
+}  // namespace zk

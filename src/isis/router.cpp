@@ -1,0 +1,150 @@
+#include "isis/router.h"
+
+#include "binding/collection_methods.h"
+#include "core/port.h"
+#include "isis/forms.h"
+
+namespace zk {
+
+TCLIsisRouter::TCLIsisRouter(TCLIsisInterface* pIsisInterface, TCLIsisRouteRange* pIsisRouteRange,
+                             TCLIsisGrid* pIsisGrid, TCLIsisLearnedLsp* pIsisLearnedLsp)
+    : interfaces(this, pIsisInterface),
+      routeRanges(this, pIsisRouteRange),
+      grids(this, pIsisGrid),
+      learnedLsp_(pIsisLearnedLsp) {
+    setDefault();
+}
+
+void TCLIsisRouter::setDefault() {
+    Staged::setDefault();
+    forgetLearned();
+}
+
+// Traffic engineering and graceful restart need the port's IS-IS features.
+int TCLIsisRouter::intoRecordRest(hal::EISISRouter& r) {
+    using R = hal::EISISRouter;
+    static const isis::PortFeature<R> kFeatures[] = {
+        {"enableTrafficEngineering", isis::restoreDefault<&R::teEnabled>},
+        {"teRouterId", isis::restoreDefault<&R::teRouterId>},
+        {"gracefulRestartMode", isis::restoreDefault<&R::restartMode>},
+        {"gracefulRestartVersion", isis::restoreDefault<&R::restartVersion>},
+        {"gracefulRestartTime", isis::restoreDefault<&R::restartTime>},
+    };
+    isis::applyPortFeatures(r, "TCLIsisRouter::SetIsisRouter():", kFeatures);
+    return kOk;
+}
+
+void TCLIsisRouter::forgetLearned() {
+    reply_.forget();
+    learned_.clear();
+    learnedCursor_ = 0;
+    numberOfLearnedLsps = 0;
+}
+
+// Another router's record: what was learned belonged to the one before.
+void TCLIsisRouter::FromRecord(const hal::EISISRouter& r) {
+    if (!(r.GetID() == work().GetID())) forgetLearned();
+    Staged::FromRecord(r);
+}
+
+// ---- learned LSPs ----
+
+int TCLIsisRouter::requestLearnedLsps() {
+    if (int r = mayRequestLearned("TCLIsisRouter::requestLearnedLsps()", work().GetID().IsValid(),
+                                  "The router has not been loaded from the server."))
+        return r;
+    reply_.send(*currentPort(), kIsisLspsKind, isis::systemIdText(work().systemId), token());
+    return kOk;
+}
+
+int TCLIsisRouter::getLearnedLspList() {
+    if (!reply_.arrived()) {
+        setLastError("TCLIsisRouter::getLearnedLspList()   No learned LSPs have arrived yet.");
+        return kFail;
+    }
+    // A port that learned nothing for this router answers with an empty list.
+    auto reply = reply_.data();
+    learned_ = reply ? reply->lsps : std::vector<hal::EISISLearnedLSP>{};
+    learnedCursor_ = 0;
+    numberOfLearnedLsps = int(learned_.size());
+    return kOk;
+}
+
+int TCLIsisRouter::getFirstLearnedLsp() {
+    learnedCursor_ = 0;
+    return getNextLearnedLsp();
+}
+
+int TCLIsisRouter::getNextLearnedLsp() {
+    TCLIsisLearnedLsp* staging = learnedLsp_.get();
+    if (!staging || learnedCursor_ >= learned_.size()) {
+        setLastError("TCLIsisRouter::getNextLearnedLsp()   No more learned LSPs.");
+        return kFail;
+    }
+    staging->FromRecord(learned_[learnedCursor_++]);
+    return kOk;
+}
+
+namespace {
+
+// Traffic engineering travels in the wide-metric TLVs (22 and 135). Both
+// relations are checked only between values that passed their own checks.
+bool teHasWideMetrics(const TCLIsisRouter& t) { return !(t.enableTrafficEngineering == 1 && t.enableWideMetric == 0); }
+// An LSP is refreshed before it ages out.
+bool refreshedInTime(const TCLIsisRouter& t) {
+    bool timers = t.lspRefreshInterval >= 1 && t.lspRefreshInterval <= 65535 && t.lspMaxLifetime >= 1 &&
+                  t.lspMaxLifetime <= 65535;
+    return !timers || t.lspRefreshInterval < t.lspMaxLifetime;
+}
+
+}  // namespace
+
+static binding::Describe<TCLIsisRouter> describeIsisRouter("TCLIsisRouter", [](auto& c) {
+    using T = TCLIsisRouter;
+    using R = hal::EISISRouter;
+    c.template constructor<TCLIsisInterface*, TCLIsisRouteRange*, TCLIsisGrid*, TCLIsisLearnedLsp*>(
+        "pIsisInterface", "pIsisRouteRange", "pIsisGrid", "pIsisLearnedLsp");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("systemId", &T::systemId).check(isis::systemId).mapsVia(isis::systemIdBlob, isis::systemIdText, &R::systemId);
+    c.option("areaAddresses", &T::areaAddresses)
+        .check(isis::areaAddresses)
+        .mapsVia(isis::areaBlobs, isis::areaText, &R::areaAddresses);
+    c.option("level", &T::level).check(range(1, 3)).maps(&R::level);
+    c.option("enableDynamicHostname", &T::enableDynamicHostname).check(boolean).maps(&R::dynamicHostname);
+    c.option("hostname", &T::hostname).check(maxLength(255)).maps(&R::hostname);  // TLV 137 holds 255 bytes
+    c.option("enableWideMetric", &T::enableWideMetric).check(boolean).maps(&R::wideMetrics);
+    c.option("enableTrafficEngineering", &T::enableTrafficEngineering)
+        .check(boolean)
+        .check(teHasWideMetrics, "TCLIsisRouter::Validate()   enableTrafficEngineering needs enableWideMetric.")
+        .maps(&R::teEnabled);
+    c.option("teRouterId", &T::teRouterId).check(ipv4).maps(&R::teRouterId);
+    c.option("enableOverloadBit", &T::enableOverloadBit).check(boolean).maps(&R::overload);
+    c.option("enableAttachedBit", &T::enableAttachedBit).check(boolean).maps(&R::attached);
+    c.option("lspRefreshInterval", &T::lspRefreshInterval).check(range(1, 65535)).maps(&R::lspRefresh);
+    c.option("lspMaxLifetime", &T::lspMaxLifetime)
+        .check(range(1, 65535))
+        .check(refreshedInTime, "TCLIsisRouter::Validate()   lspRefreshInterval must be below lspMaxLifetime.")
+        .maps(&R::lspLifetime);
+    c.option("areaAuthType", &T::areaAuthType).check(range(0, 1)).maps(&R::areaAuthType);
+    c.option("areaPassword", &T::areaPassword).check(maxLength(isis::kMaxPassword)).maps(&R::areaPassword);
+    c.option("domainAuthType", &T::domainAuthType).check(range(0, 1)).maps(&R::domainAuthType);
+    c.option("domainPassword", &T::domainPassword).check(maxLength(isis::kMaxPassword)).maps(&R::domainPassword);
+    c.option("gracefulRestartMode", &T::gracefulRestartMode).check(range(0, 3)).maps(&R::restartMode);
+    c.option("gracefulRestartVersion", &T::gracefulRestartVersion).check(range(1, 2)).maps(&R::restartVersion);
+    c.option("gracefulRestartTime", &T::gracefulRestartTime).check(range(1, 65535)).maps(&R::restartTime);
+    c.readOnly("numberOfLearnedLsps", &T::numberOfLearnedLsps);
+    c.method("setDefault", &T::setDefault);
+    c.method("requestLearnedLsps", &T::requestLearnedLsps);
+    c.method("getLearnedLspList", &T::getLearnedLspList);
+    c.method("getFirstLearnedLsp", &T::getFirstLearnedLsp);
+    c.method("getNextLearnedLsp", &T::getNextLearnedLsp);
+    describeCollection<&T::interfaces>(c, "Interface", "interfaceLocalId", "clearAllInterfaces");
+    describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeLocalId", "clearAllRouteRanges");
+    describeCollection<&T::grids>(c, "Grid", "gridLocalId", "clearAllGrids");
+});
+
+static binding::Describe<TCLIsisServer> describeIsisServer("TCLIsisServer", [](auto& c) {
+    describeRouterServer<&TCLIsisServer::routers>(c, "pIsisRouter");
+});
+
+}  // namespace zk

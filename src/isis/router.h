@@ -1,0 +1,80 @@
+// The IS-IS server of a port and the emulated routers it holds.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "binding/staged.h"
+#include "core/learned_reply.h"
+#include "core/server.h"
+#include "hal/isis.h"
+#include "isis/interface.h"
+#include "isis/learned.h"
+#include "isis/ranges.h"
+
+namespace zk {
+
+class TCLIsisRouter : public binding::Staged<TCLIsisRouter, hal::EISISRouter> {
+public:
+    TCLIsisRouter(TCLIsisInterface* pIsisInterface, TCLIsisRouteRange* pIsisRouteRange, TCLIsisGrid* pIsisGrid,
+                  TCLIsisLearnedLsp* pIsisLearnedLsp);
+
+    int enable;
+    std::string systemId;
+    std::string areaAddresses;
+    int level;
+    int enableDynamicHostname;
+    std::string hostname;
+    int enableWideMetric;
+    int enableTrafficEngineering;
+    std::string teRouterId;
+    int enableOverloadBit;
+    int enableAttachedBit;
+    int lspRefreshInterval;
+    int lspMaxLifetime;
+    int areaAuthType;
+    std::string areaPassword;
+    int domainAuthType;
+    std::string domainPassword;
+    int gracefulRestartMode;
+    int gracefulRestartVersion;
+    int gracefulRestartTime;
+    int numberOfLearnedLsps;
+
+    ChildList<TCLIsisInterface, &hal::EISISRouter::interfaces> interfaces;
+    ChildList<TCLIsisRouteRange, &hal::EISISRouter::routeRanges> routeRanges;
+    ChildList<TCLIsisGrid, &hal::EISISRouter::grids> grids;
+
+    void setDefault();
+    // Learned LSPs: 0 sent; 100 no port or a router not loaded from the
+    // server; 1 the port cannot be asked. The list: 0 in, 1 not yet.
+    int requestLearnedLsps();
+    int getLearnedLspList();
+    int getFirstLearnedLsp();
+    int getNextLearnedLsp();
+
+    void FromRecord(const hal::EISISRouter& r);
+    int intoRecordRest(hal::EISISRouter& r);
+
+private:
+    void forgetLearned();
+
+    Ref<TCLIsisLearnedLsp> learnedLsp_;
+    LearnedReply<LearnedIsisLsps> reply_;
+    std::vector<hal::EISISLearnedLSP> learned_;
+    size_t learnedCursor_ = 0;
+};
+
+class TCLIsisServer : public Server<hal::EISISServer> {
+public:
+    explicit TCLIsisServer(TCLIsisRouter* pIsisRouter) : Server(Protocol::Isis), routers(this, pIsisRouter) {}
+
+    ServerList<TCLIsisRouter, &hal::EISISServer::routers> routers;
+
+    void setDefault() { routers.resetCursor(); }
+    // The server has no options of its own: set and get only ask for the port.
+    int set() { return ready(); }
+    int get() { return currentPort() ? kOk : kNoPort; }
+};
+
+}  // namespace zk

@@ -1,0 +1,110 @@
+#include "ldp/l2vpn.h"
+
+#include "binding/collection_methods.h"
+#include "core/mac_address.h"
+#include "ldp/common.h"
+
+namespace zk {
+
+namespace {
+
+bool knownType(int type) {
+    using namespace hal;
+    for (int known : {kL2VpnFrameRelay, kL2VpnAtmAal5, kL2VpnAtmCell, kL2VpnVlan, kL2VpnEthernet, kL2VpnHdlc, kL2VpnPpp,
+                      kL2VpnCem, kL2VpnAtmVcc, kL2VpnAtmVpc, kL2VpnEthernetVpls})
+        if (type == known) return true;
+    return false;
+}
+
+// The last of `count` values from `first` by `step` is at most `last`.
+bool stepsFit(uint64_t first, long long step, long long count, uint64_t last) {
+    if (count < 1 || step < 0 || first > last) return true;  // refused by their own checks
+    return step == 0 || uint64_t(count - 1) <= (last - first) / uint64_t(step);
+}
+
+bool validMac(const std::string& text) { return parseMac(text).has_value(); }
+
+hal::EBlob macBlob(const std::string& text) {
+    uint64_t mac = parseMac(text).value_or(0);
+    std::vector<uint8_t> bytes(6);
+    for (size_t i = 0; i < 6; ++i) bytes[i] = uint8_t(mac >> (40 - 8 * i));
+    return hal::EBlob(std::move(bytes));
+}
+
+std::string macText(const hal::EBlob& b) {
+    uint64_t mac = 0;
+    for (size_t i = 0; i < 6; ++i) mac = mac << 8 | (i < b.GetSize() ? b.GetData()[i] : 0);
+    return formatMac(mac);
+}
+
+}  // namespace
+
+// Each VC range is sent with the interface's PW type, which decides its
+// type-dependent fields (VLAN IDs, CEM payload).
+int TCLLdpL2VpnInterface::intoRecordRest(hal::ELdpL2VpnInterface& r) {
+    for (size_t i = 0; i < r.vcRanges.Size(); ++i) r.vcRanges.At(i)->type = r.type;
+    return kOk;
+}
+
+static binding::Describe<TCLLdpL2VpnVcRange> describeLdpL2VpnVcRange("TCLLdpL2VpnVcRange", [](auto& c) {
+    using T = TCLLdpL2VpnVcRange;
+    using R = hal::ELdpL2VpnVcRange;
+    c.constructor();
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("peerAddress", &T::peerAddress).check(ipv4).maps(&R::peer);
+    c.option("firstVcId", &T::firstVcId).check(range(1, UINT32_MAX)).maps(&R::firstVcId);
+    c.option("vcIdStep", &T::vcIdStep).check(range(1, UINT32_MAX)).maps(&R::vcIdStep);
+    c.option("count", &T::count)
+        .check(atLeast(1))
+        .check([](const T& t) { return stepsFit(t.firstVcId, t.vcIdStep, t.count, UINT32_MAX); },
+               "TCLLdpL2VpnVcRange::Validate()   count runs past the last VC ID from firstVcId.")
+        .maps(&R::count);
+    c.option("labelMode", &T::labelMode).check(boolean).maps(&R::labelMode);
+    c.option("firstLabel", &T::firstLabel)
+        .check(ldp::validLabel)
+        .check([](const T& t) { return ldp::labelsFit(t.labelMode, t.firstLabel, t.count); },
+               "TCLLdpL2VpnVcRange::Validate()   count runs past the label space from firstLabel.")
+        .maps(&R::firstLabel);
+    c.option("enableControlWord", &T::enableControlWord).check(boolean).maps(&R::controlWord);
+    c.option("firstVlanId", &T::firstVlanId).check(range(1, 4094)).maps(&R::firstVlanId);
+    c.option("vlanIdStep", &T::vlanIdStep).check(range(0, 4093)).maps(&R::vlanIdStep);
+    c.option("cemPayloadBytes", &T::cemPayloadBytes).check(range(1, 65535)).maps(&R::cemPayloadBytes);
+    c.method("setDefault", &T::setDefault);
+});
+
+static binding::Describe<TCLLdpVplsMacRange> describeLdpVplsMacRange("TCLLdpVplsMacRange", [](auto& c) {
+    using T = TCLLdpVplsMacRange;
+    using R = hal::ELdpVplsMacRange;
+    c.constructor();
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("firstMac", &T::firstMac).check(validMac).mapsVia(macBlob, macText, &R::firstMac);
+    c.option("count", &T::count).check(atLeast(1)).maps(&R::count);
+    c.option("step", &T::step)
+        .check(atLeast(1))
+        .check([](const T& t) { return !validMac(t.firstMac) || stepsFit(*parseMac(t.firstMac), t.step, t.count, kLastMac); },
+               "TCLLdpVplsMacRange::Validate()   count runs past the last MAC address from firstMac.")
+        .maps(&R::step);
+    c.option("vlanId", &T::vlanId).check(range(0, 4094)).maps(&R::vlanId);
+    c.method("setDefault", &T::setDefault);
+});
+
+static binding::Describe<TCLLdpL2VpnInterface> describeLdpL2VpnInterface("TCLLdpL2VpnInterface", [](auto& c) {
+    using T = TCLLdpL2VpnInterface;
+    using R = hal::ELdpL2VpnInterface;
+    c.template constructor<TCLLdpL2VpnVcRange*, TCLLdpVplsMacRange*>("pLdpL2VpnVcRange", "pLdpVplsMacRange");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("type", &T::type)
+        .check(knownType)
+        .check([](const T& t) { return t.type == hal::kL2VpnEthernetVpls || t.work().macRanges.Size() == 0; },
+               "TCLLdpL2VpnInterface::Validate()   MAC ranges need type l2VpnInterfaceEthernetVPLS.")
+        .maps(&R::type);
+    c.option("groupId", &T::groupId).check(range(0, UINT32_MAX)).maps(&R::groupId);
+    c.option("mtu", &T::mtu).check(range(1, 65535)).maps(&R::mtu);
+    // The interface description parameter carries at most 253 characters.
+    c.option("description", &T::description).check(maxLength(253)).maps(&R::description);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::vcRanges>(c, "VcRange", "vcRangeId", "clearAllVcRanges");
+    describeCollection<&T::macRanges>(c, "MacRange", "macRangeId", "clearAllMacRanges");
+});
+
+}  // namespace zk

@@ -1,0 +1,147 @@
+#include "ldp/router.h"
+
+#include "binding/collection_methods.h"
+#include "ldp/common.h"
+
+namespace zk {
+
+TCLLdpRouter::TCLLdpRouter(TCLLdpInterface* pLdpInterface, TCLLdpTargetedPeer* pLdpTargetedPeer,
+                           TCLLdpAdvertiseFecRange* pLdpAdvertiseFecRange, TCLLdpRequestFecRange* pLdpRequestFecRange,
+                           TCLLdpL2VpnInterface* pLdpL2VpnInterface, TCLLdpLearnedLabel* pLdpLearnedLabel)
+    : interfaces(this, pLdpInterface),
+      targetedPeers(this, pLdpTargetedPeer),
+      advertiseFecRanges(this, pLdpAdvertiseFecRange),
+      requestFecRanges(this, pLdpRequestFecRange),
+      l2VpnInterfaces(this, pLdpL2VpnInterface),
+      learnedLabel_(pLdpLearnedLabel) {
+    setDefault();
+}
+
+// Graceful restart (RFC 3478) needs the port's support; elsewhere the
+// record keeps its defaults and a differing option is reported.
+int TCLLdpRouter::intoRecordRest(hal::ELdpRouter& r) {
+    const hal::ELdpRouter defaults;
+    if (!ldp::portHasFeature("TCLLdpRouter::SetLdpRouter()", [](const Port& p) { return p.ldpGracefulRestart != 0; },
+                             {{"enableGracefulRestart", enableGracefulRestart != int(defaults.gracefulRestart)},
+                              {"reconnectTime", reconnectTime != int(defaults.reconnectTime)},
+                              {"recoveryTime", recoveryTime != int(defaults.recoveryTime)}})) {
+        r.gracefulRestart = defaults.gracefulRestart;
+        r.reconnectTime = defaults.reconnectTime;
+        r.recoveryTime = defaults.recoveryTime;
+    }
+    return kOk;
+}
+
+void TCLLdpRouter::setDefault() {
+    Staged::setDefault();
+    forgetLearned();
+}
+
+void TCLLdpRouter::forgetLearned() {
+    reply_.forget();
+    learned_.reset();
+    learnedCursor_ = 0;
+    numberOfLearnedLabels = 0;
+}
+
+// Another router's record: what was learned belonged to the one before.
+void TCLLdpRouter::FromRecord(const hal::ELdpRouter& r) {
+    if (!(r.GetID() == work().GetID())) forgetLearned();
+    Staged::FromRecord(r);
+}
+
+// ---- learned labels ----
+
+int TCLLdpRouter::requestLearnedLabels() {
+    Port* port = currentPort();
+    if (!port) {
+        setLastError("TCLLdpRouter::requestLearnedLabels()   You have not selected the port.");
+        return kNoPort;
+    }
+    if (!work().GetID().IsValid()) {
+        setLastError("TCLLdpRouter::requestLearnedLabels()   The router has not been loaded from the server.");
+        return kNoPort;
+    }
+    if (!port->available || port->writeFails) {
+        setLastErrorf("TCLLdpRouter::requestLearnedLabels()   The request could not be sent to port %s.",
+                      portName(*port));
+        return kFail;
+    }
+    reply_.send(*port, kLdpLabelsKind, work().routerId.ToString(), token());
+    return kOk;
+}
+
+int TCLLdpRouter::getLearnedLabelList() {
+    if (!reply_.arrived()) {
+        setLastError("TCLLdpRouter::getLearnedLabelList()   No learned labels have arrived yet.");
+        return kFail;
+    }
+    // A port that learned nothing for this router answers with an empty list.
+    learned_ = reply_.data() ? reply_.data() : std::make_shared<const LearnedLdpLabels>();
+    learnedCursor_ = 0;
+    numberOfLearnedLabels = int(learned_->labels.size());
+    return kOk;
+}
+
+int TCLLdpRouter::getFirstLearnedLabel() {
+    learnedCursor_ = 0;
+    return getNextLearnedLabel();
+}
+
+int TCLLdpRouter::getNextLearnedLabel() {
+    TCLLdpLearnedLabel* staging = learnedLabel_.get();
+    if (!staging || !learned_ || learnedCursor_ >= learned_->labels.size()) {
+        setLastError("TCLLdpRouter::getNextLearnedLabel()   No more learned labels.");
+        return kFail;
+    }
+    staging->FromRecord(learned_->labels[learnedCursor_++]);
+    return kOk;
+}
+
+static binding::Describe<TCLLdpRouter> describeLdpRouter("TCLLdpRouter", [](auto& c) {
+    using T = TCLLdpRouter;
+    using R = hal::ELdpRouter;
+    c.template constructor<TCLLdpInterface*, TCLLdpTargetedPeer*, TCLLdpAdvertiseFecRange*, TCLLdpRequestFecRange*,
+                           TCLLdpL2VpnInterface*, TCLLdpLearnedLabel*>(
+        "pLdpInterface", "pLdpTargetedPeer", "pLdpAdvertiseFecRange", "pLdpRequestFecRange", "pLdpL2VpnInterface",
+        "pLdpLearnedLabel");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("routerId", &T::routerId).check(ipv4).maps(&R::routerId);
+    c.option("labelSpaceId", &T::labelSpaceId).check(range(0, 65535)).maps(&R::labelSpaceId);
+    c.option("transportAddress", &T::transportAddress).check(ipv4).maps(&R::transportAddress);
+    c.option("keepAliveInterval", &T::keepAliveInterval).check(range(1, 65535)).maps(&R::keepAliveInterval);
+    c.option("keepAliveHoldTime", &T::keepAliveHoldTime)
+        .check(range(1, 65535))
+        .check([](const T& t) { return ldp::holdOutlasts(t.keepAliveHoldTime, t.keepAliveInterval); },
+               "TCLLdpRouter::Validate()   keepAliveHoldTime must be more than keepAliveInterval.")
+        .maps(&R::keepAliveHoldTime);
+    // These three need the port's graceful restart (intoRecordRest).
+    c.option("enableGracefulRestart", &T::enableGracefulRestart).check(boolean).maps(&R::gracefulRestart);
+    c.option("reconnectTime", &T::reconnectTime).check(range(1, 3600)).maps(&R::reconnectTime);
+    c.option("recoveryTime", &T::recoveryTime).check(range(0, 3600)).maps(&R::recoveryTime);
+    c.readOnly("numberOfLearnedLabels", &T::numberOfLearnedLabels);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::interfaces>(c, "Interface", "interfaceLocalId", "clearAllInterfaces");
+    describeCollection<&T::targetedPeers>(c, "TargetedPeer", "targetedPeerId", "clearAllTargetedPeers");
+    describeCollection<&T::advertiseFecRanges>(c, "AdvertiseFecRange", "fecRangeId", "clearAllAdvertiseFecRanges");
+    describeCollection<&T::requestFecRanges>(c, "RequestFecRange", "fecRangeId", "clearAllRequestFecRanges");
+    describeCollection<&T::l2VpnInterfaces>(c, "L2VpnInterface", "l2VpnInterfaceId", "clearAllL2VpnInterfaces");
+    c.method("requestLearnedLabels", &T::requestLearnedLabels);
+    c.method("getLearnedLabelList", &T::getLearnedLabelList);
+    c.method("getFirstLearnedLabel", &T::getFirstLearnedLabel);
+    c.method("getNextLearnedLabel", &T::getNextLearnedLabel);
+});
+
+static binding::Describe<TCLLdpServer> describeLdpServer("TCLLdpServer", [](auto& c) {
+    using T = TCLLdpServer;
+    c.template constructor<TCLLdpRouter*>("pLdpRouter");
+    c.method("setDefault", &T::setDefault);
+    c.method("select", &T::select, "chasID", "cardID", "portID");
+    c.method("set", &T::set);
+    c.method("get", &T::get);
+    describeCollection<&T::routers>(c, "Router", "routerLocalId", "clearAllRouters");
+    c.method("write", &T::write);
+    c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
+});
+
+}  // namespace zk

@@ -1,0 +1,77 @@
+// The LDP server of a port and the emulated label switching routers it
+// holds, each with its interfaces, targeted peers, FEC ranges, layer-2
+// VPN interfaces and the labels it learned.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "binding/staged.h"
+#include "core/learned_reply.h"
+#include "core/server.h"
+#include "hal/ldp.h"
+#include "ldp/interface.h"
+#include "ldp/l2vpn.h"
+#include "ldp/learned.h"
+#include "ldp/ranges.h"
+
+namespace zk {
+
+class TCLLdpRouter : public binding::Staged<TCLLdpRouter, hal::ELdpRouter> {
+public:
+    TCLLdpRouter(TCLLdpInterface* pLdpInterface, TCLLdpTargetedPeer* pLdpTargetedPeer,
+                 TCLLdpAdvertiseFecRange* pLdpAdvertiseFecRange, TCLLdpRequestFecRange* pLdpRequestFecRange,
+                 TCLLdpL2VpnInterface* pLdpL2VpnInterface, TCLLdpLearnedLabel* pLdpLearnedLabel);
+
+    int enable;
+    std::string routerId;
+    int labelSpaceId;
+    std::string transportAddress;
+    int keepAliveInterval;
+    int keepAliveHoldTime;
+    int enableGracefulRestart;
+    int reconnectTime;
+    int recoveryTime;
+    int numberOfLearnedLabels;
+
+    // A router's lists need no port: the router is only a record until the
+    // server adds it.
+    ChildList<TCLLdpInterface, &hal::ELdpRouter::interfaces> interfaces;
+    ChildList<TCLLdpTargetedPeer, &hal::ELdpRouter::targetedPeers> targetedPeers;
+    ChildList<TCLLdpAdvertiseFecRange, &hal::ELdpRouter::advertiseFecRanges> advertiseFecRanges;
+    ChildList<TCLLdpRequestFecRange, &hal::ELdpRouter::requestFecRanges> requestFecRanges;
+    ChildList<TCLLdpL2VpnInterface, &hal::ELdpRouter::l2VpnInterfaces> l2VpnInterfaces;
+
+    void setDefault();
+    // Learned labels: 0 sent; 100 no port or a router not loaded from the
+    // server; 1 the port cannot be asked. The list: 0 in, 1 not yet.
+    int requestLearnedLabels();
+    int getLearnedLabelList();
+    int getFirstLearnedLabel();
+    int getNextLearnedLabel();
+
+    void FromRecord(const hal::ELdpRouter& r);
+    int intoRecordRest(hal::ELdpRouter& r);
+
+private:
+    void forgetLearned();
+
+    Ref<TCLLdpLearnedLabel> learnedLabel_;
+    LearnedReply<LearnedLdpLabels> reply_;
+    std::shared_ptr<const LearnedLdpLabels> learned_;
+    size_t learnedCursor_ = 0;
+};
+
+class TCLLdpServer : public Server<hal::ELdpServer> {
+public:
+    explicit TCLLdpServer(TCLLdpRouter* pLdpRouter) : Server(Protocol::Ldp), routers(this, pLdpRouter) {}
+
+    ServerList<TCLLdpRouter, &hal::ELdpServer::routers> routers;
+
+    void setDefault() { routers.resetCursor(); }
+    // The server has no options of its own: set and get only ask for the port.
+    int set() { return ready(); }
+    int get() { return currentPort() ? kOk : kNoPort; }
+};
+
+}  // namespace zk

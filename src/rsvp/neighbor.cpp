@@ -1,0 +1,196 @@
+#include "rsvp/neighbor.h"
+
+#include "binding/collection_methods.h"
+#include "core/parse.h"
+#include "core/port.h"
+
+namespace zk {
+
+std::string learnedLabelsKey(const hal::EIPAddress& ourIp, const hal::EIPAddress& dutIp) {
+    return ourIp.ToString() + " " + dutIp.ToString();
+}
+
+void RsvpDestinationRangeList::clearQuiet() {
+    ChildList::clearQuiet();
+    if (TCLRsvpDestinationRange* range = staging()) clearChildren(*range);
+}
+
+TCLRsvpNeighborPair::TCLRsvpNeighborPair(TCLRsvpDestinationRange* pDestinationRange, TCLRsvpCustomTlv* pCustomTlv)
+    : destinationRanges(this, pDestinationRange),
+      helloTlvs(this, pCustomTlv, [] { return currentPort() != nullptr; }) {
+    setDefault();
+}
+
+void TCLRsvpNeighborPair::setDefault() {
+    Staged::setDefault();
+    labelCursor_ = 0;
+    lsp_tunnel.clear();
+    rxLabel.clear();
+    numRxLabels = 0;
+}
+
+void TCLRsvpNeighborPair::FromRecord(const hal::ERSVPConfigNeighborPair& r) {
+    Staged::FromRecord(r);
+    labelCursor_ = 0;
+}
+
+// Refresh reduction is a feature of the port. Without a port, or on a port
+// without it, the fields stay as the pair had them; a differing option is
+// reported, and the pair is taken all the same.
+int TCLRsvpNeighborPair::intoRecordRest(hal::ERSVPConfigNeighborPair& r) {
+    Port* port = currentPort();
+    if (!port) {
+        setLastError(
+            "TCLRsvpNeighborPair::SetRsvpNeighborPair(): Please select the port to configure port specific features");
+        return kOk;
+    }
+    if (!port->refreshReduction) {  // VerifyDefaultSettings
+        const hal::ERSVPConfigNeighborPair defaults;
+        if ((enableRefreshReduction != 0) != defaults.refreshReduction)
+            setLastErrorf(
+                "TCLRsvpNeighborPair::SetRsvpNeighborPair():  enableRefreshReduction is not supported on port %s.",
+                portName(*port));
+        if ((long long)summaryRefreshInterval != (long long)defaults.sRefreshInterval)
+            setLastErrorf(
+                "TCLRsvpNeighborPair::SetRsvpNeighborPair():  summaryRefreshInterval is not supported on port %s.",
+                portName(*port));
+        return kOk;
+    }
+    r.refreshReduction = enableRefreshReduction != 0;
+    r.sRefreshInterval = uint32_t(summaryRefreshInterval);
+    return kOk;
+}
+
+void TCLRsvpNeighborPair::fromRecordRest(const hal::ERSVPConfigNeighborPair& r) {
+    enableRefreshReduction = r.refreshReduction;
+    summaryRefreshInterval = int(r.sRefreshInterval);
+}
+
+// ---- learned labels ----
+
+int TCLRsvpNeighborPair::requestRxLabels() {
+    Port* port = currentPort();
+    if (!port) {
+        setLastError("TCLRsvpNeighborPair::requestRxLabels()   You have not selected the port.");
+        return kNoPort;
+    }
+    if (!work().GetID().IsValid()) {
+        setLastError("TCLRsvpNeighborPair::requestRxLabels()   The neighbor pair has not been loaded from the server.");
+        return kNoPort;
+    }
+    if (!port->available || port->writeFails) {
+        setLastErrorf("TCLRsvpNeighborPair::requestRxLabels()   The request could not be sent to port %s.",
+                      portName(*port));
+        return kFail;
+    }
+    labelsReply_.send(*port, kRsvpLabelsKind, learnedLabelsKey(work().ourIp, work().dutIp), token());
+    requestedFor_ = work().GetID();
+    positions_.clear();
+    labelCursor_ = 0;
+    return kOk;
+}
+
+// The table answered for this pair; a port that learned nothing answers
+// with an empty one. Null while there is no answer for the pair loaded now.
+const hal::ERSVP::ConfigLabelTable* TCLRsvpNeighborPair::labelTable() {
+    static const hal::ERSVP::ConfigLabelTable kEmpty;
+    if (!currentPort() || !work().GetID().IsValid() || !(requestedFor_ == work().GetID())) return nullptr;
+    if (!labelsReply_.arrived()) return nullptr;
+    auto reply = labelsReply_.data();
+    return reply ? &reply->table : &kEmpty;
+}
+
+int TCLRsvpNeighborPair::getLabels() {
+    const hal::ERSVP::ConfigLabelTable* table = labelTable();
+    if (!table) {
+        setLastError("TCLRsvpNeighborPair::getLabels()   No labels have arrived yet.");
+        return kFail;
+    }
+    positions_ = table->GetPositions();
+    numRxLabels = table->GetNumberOfLabels();
+    labelCursor_ = 0;
+    return kOk;
+}
+
+int TCLRsvpNeighborPair::getFirstLabel() {
+    labelCursor_ = 0;
+    return getNextLabel();
+}
+
+int TCLRsvpNeighborPair::getNextLabel() {
+    const hal::ERSVP::ConfigLabelTable* table = labelTable();
+    if (!table || labelCursor_ >= positions_.size()) {
+        setLastError("TCLRsvpNeighborPair::getNextLabel()   No more labels.");
+        return kFail;
+    }
+    int position = positions_[labelCursor_++];
+    lsp_tunnel = table->ToStringFECDescription(position);
+    rxLabel = table->ToStringLabel(position);
+    return kOk;
+}
+
+namespace {
+std::string rsvpPairDotted(const hal::EIPAddress& a) { return a.ToString(); }
+}  // namespace
+
+static binding::Describe<TCLRsvpNeighborPair> describeRsvpNeighborPair("TCLRsvpNeighborPair", [](auto& c) {
+    using T = TCLRsvpNeighborPair;
+    using R = hal::ERSVPConfigNeighborPair;
+    c.template constructor<TCLRsvpDestinationRange*, TCLRsvpCustomTlv*>("pDestinationRange", "pCustomTlv");
+    c.option("enableNeighborPair", &T::enableNeighborPair)
+        .check(boolean, "TCLRsvpNeighborPair::Validate()    Invalid enableNeighborPair.")
+        .maps(&R::enabled);
+    c.option("ipAddress", &T::ipAddress)
+        .check(ipv4, "TCLRsvpNeighborPair::Validate()     Invalid ipAddress")
+        .mapsVia(rsvpIPv4, rsvpPairDotted, &R::ourIp);
+    // Never checked: whatever is not an address is sent as 0.0.0.0.
+    c.option("dutAddress", &T::dutAddress).mapsVia(rsvpIPv4, rsvpPairDotted, &R::dutIp);
+    c.option("enableHello", &T::enableHello)
+        .check(boolean, "TCLRsvpNeighborPair::Validate()    Invalid enableHello.")
+        .maps(&R::helloEnabled);
+    c.option("helloInterval", &T::helloInterval)
+        .check(atLeast(0), "TCLRsvpNeighborPair::Validate()   Invalid helloInterval")
+        .maps(&R::helloInterval);
+    c.option("helloTimeoutMultiplier", &T::helloTimeoutMultiplier)
+        .check(atLeast(0), "TCLRsvpNeighborPair::Validate()   Invalid helloTimeoutMultiplier")
+        .maps(&R::helloTimeoutMultiplier);
+    // The two ends of the label space are not compared.
+    c.option("labelSpaceStart", &T::labelSpaceStart)
+        .check(atLeast(0), "TCLRsvpNeighborPair::Validate()   Invalid labelSpaceStart")
+        .maps(&R::labelSpaceStart);
+    c.option("labelSpaceEnd", &T::labelSpaceEnd)
+        .check(atLeast(0), "TCLRsvpNeighborPair::Validate()   Invalid labelSpaceEnd")
+        .maps(&R::labelSpaceEnd);
+    // Both need the port's refresh reduction (intoRecordRest, fromRecordRest).
+    c.option("enableRefreshReduction", &T::enableRefreshReduction);
+    c.option("summaryRefreshInterval", &T::summaryRefreshInterval);
+    c.readOnly("lsp_tunnel", &T::lsp_tunnel);
+    c.readOnly("rxLabel", &T::rxLabel);
+    c.readOnly("numRxLabels", &T::numRxLabels);
+    c.checkOrder({"enableNeighborPair", "enableHello", "ipAddress", "helloInterval", "helloTimeoutMultiplier",
+                  "labelSpaceStart", "labelSpaceEnd"});
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::destinationRanges>(c, "DestinationRange", "destId", "clearAllDestinationRange");
+    describeWalk<&T::helloTlvs>(c, "HelloTlv", "clearHelloTlvList");
+    c.method("requestRxLabels", &T::requestRxLabels);
+    c.method("getLabels", &T::getLabels);
+    c.method("getFirstLabel", &T::getFirstLabel);
+    c.method("getNextLabel", &T::getNextLabel);
+});
+
+int TCLRsvpServer::select(int chasID, int cardID, int portID) {
+    int r = PortServer::select(chasID, cardID, portID);
+    if (r != kOk) return r;
+    if (ItemList* names = this->names(0)) names->clear();
+    return kOk;
+}
+
+static binding::Describe<TCLRsvpServer> describeRsvpServer("TCLRsvpServer", [](auto& c) {
+    using T = TCLRsvpServer;
+    c.template constructor<TCLRsvpNeighborPair*>("pNeighborPair");
+    c.method("select", &T::select, "chasID", "cardID", "portID");
+    describeCollection<&T::neighborPairs>(c, "NeighborPair", "neighborPairId", "clearAllNeighborPair");
+    c.method("write", &T::write);
+});
+
+}  // namespace zk

@@ -404,12 +404,14 @@ public:
         };
     }
 
-    // A method written as a function of the object, for methods the class
-    // shares with others (the collection methods, for example).
-    template <class R, class... A, class... N>
-    void method(const char* name, R (*fn)(T&, A...), N... names) {
+    // A method written as a function of the object (or of one of its
+    // bases), for methods the class shares with others (the collection
+    // methods, for example).
+    template <class B, class R, class... A, class... N>
+    void method(const char* name, R (*fn)(B&, A...), N... names) {
+        static_assert(std::is_base_of_v<B, T>);
         static_assert(sizeof...(A) == sizeof...(N), "one name per method argument");
-        using Fn = R (*)(T&, A...);
+        using Fn = R (*)(B&, A...);
         MethodRecord& m = addMethod(name, {ArgName(names)...}, resultKind<R>());
         m.fn = std::make_shared<Fn>(fn);
         m.call = [](const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {

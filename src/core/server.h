@@ -91,4 +91,18 @@ public:
     }
 };
 
+// A server with no options of its own and one per-port list of routers
+// (OSPF, OSPFv3, IS-IS, LDP): set and get only ask for the port.
+template <class Root, class Router, auto Routers, Protocol P>
+class RouterServer : public Server<Root> {
+public:
+    explicit RouterServer(Router* staging) : Server<Root>(P), routers(this, staging) {}
+
+    ServerList<Router, Routers> routers;
+
+    void setDefault() { routers.resetCursor(); }
+    int set() { return this->ready(); }
+    int get() { return currentPort() ? kOk : kNoPort; }
+};
+
 }  // namespace zk

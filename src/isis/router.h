@@ -65,16 +65,9 @@ private:
     size_t learnedCursor_ = 0;
 };
 
-class TCLIsisServer : public Server<hal::EISISServer> {
+class TCLIsisServer : public RouterServer<hal::EISISServer, TCLIsisRouter, &hal::EISISServer::routers, Protocol::Isis> {
 public:
-    explicit TCLIsisServer(TCLIsisRouter* pIsisRouter) : Server(Protocol::Isis), routers(this, pIsisRouter) {}
-
-    ServerList<TCLIsisRouter, &hal::EISISServer::routers> routers;
-
-    void setDefault() { routers.resetCursor(); }
-    // The server has no options of its own: set and get only ask for the port.
-    int set() { return ready(); }
-    int get() { return currentPort() ? kOk : kNoPort; }
+    using RouterServer::RouterServer;
 };
 
 }  // namespace zk

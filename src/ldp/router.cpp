@@ -133,15 +133,7 @@ static binding::Describe<TCLLdpRouter> describeLdpRouter("TCLLdpRouter", [](auto
 });
 
 static binding::Describe<TCLLdpServer> describeLdpServer("TCLLdpServer", [](auto& c) {
-    using T = TCLLdpServer;
-    c.template constructor<TCLLdpRouter*>("pLdpRouter");
-    c.method("setDefault", &T::setDefault);
-    c.method("select", &T::select, "chasID", "cardID", "portID");
-    c.method("set", &T::set);
-    c.method("get", &T::get);
-    describeCollection<&T::routers>(c, "Router", "routerLocalId", "clearAllRouters");
-    c.method("write", &T::write);
-    c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
+    describeRouterServer<&TCLLdpServer::routers>(c, "pLdpRouter");
 });
 
 }  // namespace zk

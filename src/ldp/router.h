@@ -62,16 +62,9 @@ private:
     size_t learnedCursor_ = 0;
 };
 
-class TCLLdpServer : public Server<hal::ELdpServer> {
+class TCLLdpServer : public RouterServer<hal::ELdpServer, TCLLdpRouter, &hal::ELdpServer::routers, Protocol::Ldp> {
 public:
-    explicit TCLLdpServer(TCLLdpRouter* pLdpRouter) : Server(Protocol::Ldp), routers(this, pLdpRouter) {}
-
-    ServerList<TCLLdpRouter, &hal::ELdpServer::routers> routers;
-
-    void setDefault() { routers.resetCursor(); }
-    // The server has no options of its own: set and get only ask for the port.
-    int set() { return ready(); }
-    int get() { return currentPort() ? kOk : kNoPort; }
+    using RouterServer::RouterServer;
 };
 
 }  // namespace zk

@@ -33,16 +33,9 @@ public:
     int intoRecordRest(hal::EOSPFRouter& r);
 };
 
-class TCLOspfServer : public Server<hal::EOSPFServer> {
+class TCLOspfServer : public RouterServer<hal::EOSPFServer, TCLOspfRouter, &hal::EOSPFServer::routers, Protocol::Ospf> {
 public:
-    explicit TCLOspfServer(TCLOspfRouter* pOspfRouter) : Server(Protocol::Ospf), routers(this, pOspfRouter) {}
-
-    ServerList<TCLOspfRouter, &hal::EOSPFServer::routers> routers;
-
-    void setDefault() { routers.resetCursor(); }
-    // The server has no options of its own: set and get only ask for the port.
-    int set() { return ready(); }
-    int get() { return currentPort() ? kOk : kNoPort; }
+    using RouterServer::RouterServer;
 };
 
 }  // namespace zk

@@ -45,15 +45,7 @@ static binding::Describe<TCLOspfV3Router> describeOspfV3Router("TCLOspfV3Router"
 });
 
 static binding::Describe<TCLOspfV3Server> describeOspfV3Server("TCLOspfV3Server", [](auto& c) {
-    using T = TCLOspfV3Server;
-    c.template constructor<TCLOspfV3Router*>("pOspfV3Router");
-    c.method("setDefault", &T::setDefault);
-    c.method("select", &T::select, "chasID", "cardID", "portID");
-    c.method("set", &T::set);
-    c.method("get", &T::get);
-    describeCollection<&T::routers>(c, "Router", "routerLocalId", "clearAllRouters");
-    c.method("write", &T::write);
-    c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
+    describeRouterServer<&TCLOspfV3Server::routers>(c, "pOspfV3Router");
 });
 
 }  // namespace zk

@@ -32,16 +32,9 @@ public:
     int intoRecordRest(hal::EOSPFv3Router& r);
 };
 
-class TCLOspfV3Server : public Server<hal::EOSPFv3Server> {
+class TCLOspfV3Server : public RouterServer<hal::EOSPFv3Server, TCLOspfV3Router, &hal::EOSPFv3Server::routers, Protocol::OspfV3> {
 public:
-    explicit TCLOspfV3Server(TCLOspfV3Router* pOspfV3Router) : Server(Protocol::OspfV3), routers(this, pOspfV3Router) {}
-
-    ServerList<TCLOspfV3Router, &hal::EOSPFv3Server::routers> routers;
-
-    void setDefault() { routers.resetCursor(); }
-    // The server has no options of its own: set and get only ask for the port.
-    int set() { return ready(); }
-    int get() { return currentPort() ? kOk : kNoPort; }
+    using RouterServer::RouterServer;
 };
 
 }  // namespace zk

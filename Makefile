@@ -1,4 +1,5 @@
 # Front door: `make demo` and `make test` do all the set-up on a fresh machine.
+MAKEFLAGS += --no-print-directory
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= 2

@@ -4,6 +4,7 @@
 
 #include "binding/describe.h"
 #include "chassis/lab.h"
+#include "core/host.h"
 #include "core/parse.h"
 #include "core/port.h"
 
@@ -111,6 +112,7 @@ int TCLOspfInterface::requestLearnedLsa() {
                       portName(*port));
         return kFail;
     }
+    if (int r = portAnswers("TCLOspfInterface::requestLearnedLsa()", *port, kOspfLsasKind)) return r;
     uint64_t number = ++requestNumber_;
     answered_ = false;
     reply_.reset();

@@ -266,14 +266,14 @@ int traceCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     if (objc == 5) {
         int on;
         double number;
-        if (Tcl_GetDoubleFromObj(nullptr, objv[4], &number) == TCL_OK ||
-            Tcl_GetBooleanFromObj(nullptr, objv[4], &on) != TCL_OK)
+        bool word = Tcl_GetDoubleFromObj(nullptr, objv[4], &number) != TCL_OK;
+        if (word ? Tcl_GetBooleanFromObj(nullptr, objv[4], &on) != TCL_OK : number != 0 && number != 1)
             return chassisError(interp, std::string("expected on or off but got \"") + Tcl_GetString(objv[4]) + "\"",
                                 {"VALUE", "trace"});
         if (on && Lab::instance().captureDir.empty())
             return chassisError(interp, "tracing needs a capture directory: set one with zkchassis::captureDir",
                                 {"VALUE", "trace"});
-        p->tracing = on != 0;
+        p->tracing = word ? on != 0 : number == 1;
     }
     Tcl_SetObjResult(interp, Tcl_NewStringObj(p->tracing ? "on" : "off", -1));
     return TCL_OK;

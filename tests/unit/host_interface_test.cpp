@@ -16,10 +16,17 @@ struct HostLogLines {
     std::vector<std::string> lines;
 };
 void collect(void* context, const char* message) { static_cast<HostLogLines*>(context)->lines.push_back(message); }
+void toLab(void*, const char* message) { chassis::Lab::instance().log(message); }
 
 class HostInterface : public ::testing::Test {
 protected:
     void SetUp() override { chassis::Lab::instance().reset(false); }
+    // The tables' log lines die with each test; the module logs to the lab again.
+    void TearDown() override {
+        ZkProtocolHostTable t{};
+        t.log = toLab;
+        InitProtocols(&t);
+    }
     chassis::Port& port(int p) { return *chassis::Lab::instance().find(1, 1, p); }
     ZkProtocolHostTable goodTable(HostLogLines& log) {
         ZkProtocolHostTable t{};

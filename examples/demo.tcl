@@ -14,7 +14,7 @@ puts "write: [services write 1 1 1]"
 puts "what port 1/1/1 received:\n[zkchassis::written -pretty 1 1 1 services]"
 services -delete
 
-foreach example {rip.tcl ospf.tcl bgp.tcl rsvp.tcl isis.tcl ospfv3.tcl ldp.tcl} {
+foreach example {rip.tcl ospf.tcl bgp.tcl rsvp.tcl isis.tcl ospfv3.tcl ldp.tcl host.tcl} {
     set path [file join $here $example]
     if {[file exists $path]} {
         puts "\n== examples/$example"

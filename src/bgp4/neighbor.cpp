@@ -115,13 +115,14 @@ void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
 
 // ---- learned routes and statistics ----
 
-int TCLBgp4Neighbor::mayRequest(const char* function) const {
+int TCLBgp4Neighbor::mayRequest(const char* function, const char* kind) const {
     std::string where = formatText("TCLBgp4Neighbor::%s()", function);
-    return mayRequestLearned(where.c_str(), work().GetID().IsValid(), "The neighbor has not been loaded from the server.");
+    return mayRequestLearned(where.c_str(), work().GetID().IsValid(), "The neighbor has not been loaded from the server.",
+                             kind);
 }
 
 int TCLBgp4Neighbor::requestLearnedRoutes() {
-    if (int r = mayRequest("requestLearnedRoutes")) return r;
+    if (int r = mayRequest("requestLearnedRoutes", kBgpRoutesKind)) return r;
     routesReply_.send(*currentPort(), kBgpRoutesKind, work().dutAddress.ToString(), token());
     return kOk;
 }
@@ -161,7 +162,7 @@ int TCLBgp4Neighbor::getNextLearnedRoute() {
 }
 
 int TCLBgp4Neighbor::requestStatistics() {
-    if (int r = mayRequest("requestStatistics")) return r;
+    if (int r = mayRequest("requestStatistics", kBgpStatsKind)) return r;
     statsReply_.send(*currentPort(), kBgpStatsKind, work().dutAddress.ToString(), token());
     return kOk;
 }

@@ -93,7 +93,7 @@ public:
 
 private:
     void setFamilies(hal::EBGP::ConfigNeighbor& r) const;
-    int mayRequest(const char* function) const;
+    int mayRequest(const char* function, const char* kind) const;
     void forgetLearned();
 
     Ref<TCLBgp4RouteFilter> routeFilter_;

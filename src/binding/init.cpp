@@ -6,7 +6,10 @@
 #include "binding/instance.h"
 #include "binding/module.h"
 #include "chassis/commands.h"
+#include "chassis/lab.h"
 #include "chassis/learn.h"
+#include "core/host.h"
+#include "core/host_interface.h"
 
 namespace {
 // The protocol package asks for Tcl 8.1 or later, as it always has: its
@@ -14,12 +17,23 @@ namespace {
 // directory check uses Tcl_GetModeFromStat).
 constexpr const char* kProtocolTclVersion = "8.1";
 constexpr const char* kChassisTclVersion = "8.6";
+
+// The emulated chassis is the module's host: at load it hands the module
+// its table, as a host program would, and takes the module's log.
+void chassisLog(void*, const char* message) { chassis::Lab::instance().log(message); }
+
+void connectEmulatedHost() {
+    ZkProtocolHostTable table{};
+    table.version = unsigned(ProtocolTCLAPIVersion());
+    table.log = chassisLog;
+    InitProtocols(&table);
+}
 }  // namespace
 
 extern "C" int Zktclprotocol_Init(Tcl_Interp* interp) {
     if (!interp) return TCL_ERROR;
     if (!Tcl_InitStubs(interp, kProtocolTclVersion, 0)) return TCL_ERROR;
-    Tcl_PkgProvide(interp, "zkmainprotocol", "0.0");
+    Tcl_PkgProvide(interp, "zkmainprotocol", zk::kPackageVersion);
     Tcl_StaticPackage(nullptr, "Zkchassis", Zkchassis_Init, nullptr);
     zk::binding::voidType();
     zk::binding::classes();  // types and class records: once per process
@@ -27,6 +41,7 @@ extern "C" int Zktclprotocol_Init(Tcl_Interp* interp) {
     zk::binding::createClassCommands(interp);
     zk::binding::installConstants(interp);
     chassis::installEventLoop();
+    connectEmulatedHost();
     Tcl_SetVar2(interp, "zkErrorInfo", nullptr, "", TCL_GLOBAL_ONLY);
     return TCL_OK;
 }
@@ -37,6 +52,7 @@ extern "C" int Zkchassis_Init(Tcl_Interp* interp) {
     Tcl_PkgProvide(interp, "zkchassis", "1.0");
     Tcl_StaticPackage(nullptr, "Zktclprotocol", Zktclprotocol_Init, nullptr);
     chassis::installEventLoop();
+    connectEmulatedHost();
     chassis::createCommands(interp);
     return TCL_OK;
 }

@@ -257,6 +257,28 @@ int logCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     return TCL_OK;
 }
 
+// zkchassis::trace C D P ?on|off?: the port's trace switch. Tracing writes
+// to the capture directory, so switching it on needs one.
+int traceCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
+    if (objc != 4 && objc != 5) return wrongArgs(interp, 1, objv, "C D P ?on|off?");
+    Port* p = findPort(interp, objv + 1);
+    if (!p) return TCL_ERROR;
+    if (objc == 5) {
+        int on;
+        double number;
+        bool word = Tcl_GetDoubleFromObj(nullptr, objv[4], &number) != TCL_OK;
+        if (word ? Tcl_GetBooleanFromObj(nullptr, objv[4], &on) != TCL_OK : number != 0 && number != 1)
+            return chassisError(interp, std::string("expected on or off but got \"") + Tcl_GetString(objv[4]) + "\"",
+                                {"VALUE", "trace"});
+        if (on && Lab::instance().captureDir.empty())
+            return chassisError(interp, "tracing needs a capture directory: set one with zkchassis::captureDir",
+                                {"VALUE", "trace"});
+        p->tracing = word ? on != 0 : number == 1;
+    }
+    Tcl_SetObjResult(interp, Tcl_NewStringObj(p->tracing ? "on" : "off", -1));
+    return TCL_OK;
+}
+
 void timerFired(ClientData) { Lab::instance().replies().poll(); }
 
 template <Tcl_ObjCmdProc* Proc>
@@ -275,6 +297,7 @@ const struct {
     {"zkchassis::learn", guardedProc<learnCmd>, nullptr},
     {"zkchassis::configure", guardedProc<configureCmd>, nullptr},
     {"zkchassis::log", guardedProc<logCmd>, nullptr},
+    {"zkchassis::trace", guardedProc<traceCmd>, nullptr},
 };
 
 }  // namespace

@@ -15,6 +15,12 @@ constexpr const char* kProtocolNames[kProtocolCount] = {"igmp", "ospf",  "bgp4",
 
 const char* protocolName(Protocol p) { return kProtocolNames[size_t(p)]; }
 
+const char* protocolTitle(Protocol p) {
+    static constexpr const char* kTitles[kProtocolCount] = {"IGMP", "OSPF",  "BGP-4", "IS-IS",  "RSVP-TE", "RIP",
+                                                            "LDP",  "RIPng", "MLD",   "OSPFv3", "PIM-SM",  "STP"};
+    return kTitles[size_t(p)];
+}
+
 std::optional<Protocol> protocolFromName(std::string_view name) {
     for (int i = 0; i < kProtocolCount; ++i)
         if (name == kProtocolNames[i]) return Protocol(i);
@@ -41,7 +47,10 @@ uint64_t nextGeneration() {
 }  // namespace
 
 Port::Port(PortId pid) : id(pid), generation(nextGeneration()), name(pid.text()) {
-    for (int i = 0; i < kProtocolCount; ++i) licensed.insert(Protocol(i));
+    for (int i = 0; i < kProtocolCount; ++i) {
+        licensed.insert(Protocol(i));
+        statistics.insert(Protocol(i));
+    }
 }
 
 const ProtocolInterface* Port::findInterface(std::string_view description) const {
@@ -93,6 +102,7 @@ bool Port::send(std::string_view protocol, const EConfigRoot& config) {
 
 bool Port::store(std::string_view protocol, std::string text, const std::function<std::string()>& pretty) {
     if (writeFails) return false;
+    if (tracing) trace("config " + std::string(protocol) + " " + text);
     written_[std::string(protocol)] = std::move(text);
     Lab& lab = Lab::instance();
     if (!lab.captureDir.empty()) {

@@ -21,6 +21,7 @@ namespace chassis {
 enum class Protocol { Igmp, Ospf, Bgp4, Isis, Rsvp, Rip, Ldp, Ripng, Mld, OspfV3, Pimsm, Stp };
 constexpr int kProtocolCount = 12;
 const char* protocolName(Protocol p);  // "igmp" "ospf" "bgp4" ...
+const char* protocolTitle(Protocol p);  // "IGMP" "OSPF" "BGP-4" ..., for messages
 std::optional<Protocol> protocolFromName(std::string_view name);
 
 // Port capability codes.
@@ -86,6 +87,24 @@ public:
 
     int arpResponse = 0;   // the ARP holder
     int pingResponse = 0;  // the ICMP holder
+
+    // Host interface state (chassis/port_commands.h): which protocols run,
+    // which count statistics, and whether the port answers learned and
+    // statistics requests of a protocol that is not running.
+    std::array<int, kProtocolCount> running{};
+    std::set<Protocol> statistics;
+    int alwaysAnswers = 1;
+    bool tracing = false;  // zkchassis::trace: PortTrace.txt in the capture directory
+    struct ReceivedCommand {
+        int code;
+        std::string name;
+    };
+    std::vector<ReceivedCommand> commands;  // every start/stop command received, in order
+
+    bool isRunning(Protocol p) const { return running[size_t(p)] != 0; }
+    bool countsStatistics(Protocol p) const { return statistics.count(p) != 0; }
+    // Appends "<time> C/D/P <what>" to the trace file when the port is traced.
+    void trace(std::string_view what) const;
 
     bool hasCapability(int code) const { return capabilities.count(code) != 0; }
     bool isLicensed(Protocol p) const { return licensed.count(p) != 0; }

@@ -143,22 +143,38 @@ int setCapabilities(const PortOption& o, Tcl_Interp* interp, Port& p, Tcl_Obj* v
     return code;
 }
 
-Tcl_Obj* getLicensed(const Port& p) {
+// A set of protocols held by a port (-licensed, -statistics), as names.
+template <std::set<Protocol> Port::*Member>
+Tcl_Obj* getProtocols(const Port& p) {
     std::vector<const char*> names;
     for (int k = 0; k < kProtocolCount; ++k)
-        if (p.isLicensed(Protocol(k))) names.push_back(protocolName(Protocol(k)));
+        if ((p.*Member).count(Protocol(k))) names.push_back(protocolName(Protocol(k)));
     return listOf(names, [](const char* name) { return Tcl_NewStringObj(name, -1); });
 }
-int setLicensed(const PortOption& o, Tcl_Interp* interp, Port& p, Tcl_Obj* v) {
-    std::set<Protocol> licensed;
+template <std::set<Protocol> Port::*Member>
+int setProtocols(const PortOption& o, Tcl_Interp* interp, Port& p, Tcl_Obj* v) {
+    std::set<Protocol> protocols;
     int code = forEachElement(interp, o, v, [&](Tcl_Obj* e) {
         auto protocol = protocolFromName(Tcl_GetString(e));
-        if (protocol) licensed.insert(*protocol);
+        if (protocol) protocols.insert(*protocol);
         else unknownProtocol(interp, Tcl_GetString(e), false);
         return protocol.has_value();
     });
-    if (code == TCL_OK) p.licensed = licensed;
+    if (code == TCL_OK) p.*Member = protocols;
     return code;
+}
+
+Tcl_Obj* getRunning(const Port& p) {
+    std::vector<const char*> names;
+    for (int k = 0; k < kProtocolCount; ++k)
+        if (p.isRunning(Protocol(k))) names.push_back(protocolName(Protocol(k)));
+    return listOf(names, [](const char* name) { return Tcl_NewStringObj(name, -1); });
+}
+
+Tcl_Obj* getCommands(const Port& p) {
+    return listOf(p.commands, [](const Port::ReceivedCommand& c) {
+        return tuple({Tcl_NewIntObj(c.code), Tcl_NewStringObj(c.name.c_str(), -1)});
+    });
 }
 
 Tcl_Obj* getMtu(const Port& p) { return tuple({Tcl_NewIntObj(p.mtuMin), Tcl_NewIntObj(p.mtuMax)}); }
@@ -212,7 +228,7 @@ const PortOption kOptions[] = {
     {"-capabilities", "list of `arp`, `ping`, `routing`", "`arp ping routing`", "what the port services may switch",
      getCapabilities, setCapabilities, copy<&Port::capabilities>},
     {"-licensed", "list of protocol names", "all twelve", "the licence check of `select` (104 when refused)",
-     getLicensed, setLicensed, copy<&Port::licensed>},
+     getProtocols<&Port::licensed>, setProtocols<&Port::licensed>, copy<&Port::licensed>},
     {"-ospfFeatures", "boolean", "`1`", "graceful restart, authentication and the other port-dependent OSPF options",
      getInt<&Port::ospfFeatures>, setFlag<&Port::ospfFeatures>, copy<&Port::ospfFeatures>},
     {"-refreshReduction", "boolean", "`1`", "RSVP refresh reduction", getInt<&Port::refreshReduction>,
@@ -233,6 +249,16 @@ const PortOption kOptions[] = {
      setInterfaces, copy<&Port::interfaces>},
     {"-streams", "read-only", "empty", "stream generation requests received: `{protocol component action}` each",
      getStreams, nullptr, nullptr},
+    {"-statistics", "list of protocol names", "all twelve",
+     "protocols whose statistics the port counts; a statistics query of another is refused",
+     getProtocols<&Port::statistics>, setProtocols<&Port::statistics>, copy<&Port::statistics>},
+    {"-alwaysAnswers", "boolean", "`1`",
+     "learned-information and statistics requests are answered whether or not the protocol was started",
+     getInt<&Port::alwaysAnswers>, setFlag<&Port::alwaysAnswers>, copy<&Port::alwaysAnswers>},
+    {"-running", "read-only", "empty", "protocols started and not stopped since (`sendCommand`)", getRunning, nullptr,
+     nullptr},
+    {"-commands", "read-only", "empty", "start, stop and transmit commands received: `{code name}` each", getCommands,
+     nullptr, nullptr},
     {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/errors.h"
+#include "core/host.h"
 #include "core/learned_reply.h"
 #include "core/port.h"
 
@@ -27,6 +28,7 @@ public:
         if (!port->available || port->writeFails)
             return fail(kFail, formatText("requestLearnedLsa()   The request could not be sent to port %s.",
                                           portName(*port)));
+        if (int r = portAnswers((std::string(cls_) + "::requestLearnedLsa()").c_str(), *port, kind)) return r;
         reply_.send(*port, kind, key, std::move(owner));
         return kOk;
     }

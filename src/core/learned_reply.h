@@ -8,6 +8,7 @@
 
 #include "chassis/lab.h"
 #include "chassis/port.h"
+#include "core/host.h"
 #include "core/port.h"
 
 namespace zk {
@@ -15,8 +16,9 @@ namespace zk {
 // Whether a request for learned information may go out now, `where` being
 // "TCL<Class>::<method>()": 0; 100 with no port, or when the object was
 // not loaded from its parent (`notLoaded` says so); 1 when the port
-// cannot be asked.
-inline int mayRequestLearned(const char* where, bool loaded, const char* notLoaded) {
+// cannot be asked or does not answer requests of `kind` now (its protocol
+// is not running, or its statistics are off: see portAnswers).
+inline int mayRequestLearned(const char* where, bool loaded, const char* notLoaded, const char* kind) {
     Port* port = currentPort();
     if (!port) {
         setLastErrorf("%s   You have not selected the port.", where);
@@ -30,7 +32,7 @@ inline int mayRequestLearned(const char* where, bool loaded, const char* notLoad
         setLastErrorf("%s   The request could not be sent to port %s.", where, portName(*port));
         return kFail;
     }
-    return kOk;
+    return portAnswers(where, *port, kind);
 }
 
 template <class Data>

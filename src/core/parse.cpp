@@ -1,6 +1,7 @@
 #include "core/parse.h"
 
 #include <arpa/inet.h>
+#include <tcl.h>
 
 #include <cstdio>
 
@@ -101,6 +102,27 @@ namespace zk {
 hal::EIPAddress anyAddress(std::string_view s) {
     if (auto a = ipv4Address(s)) return *a;
     return ipv6Address(s).value_or(hal::EIPAddress{});
+}
+
+std::optional<std::vector<hal::EIPAddress>> ipv4List(const std::string& text) {
+    int n;
+    const char** argv;
+    if (Tcl_SplitList(nullptr, text.c_str(), &n, &argv) != TCL_OK) return std::nullopt;
+    std::vector<hal::EIPAddress> addresses;
+    bool good = true;
+    for (int i = 0; i < n && good; ++i) {
+        auto a = ipv4Address(argv[i]);
+        if (a) addresses.push_back(*a);
+        good = a.has_value();
+    }
+    Tcl_Free(reinterpret_cast<char*>(argv));
+    return good ? std::optional(addresses) : std::nullopt;
+}
+
+std::string ipv4ListText(const std::vector<hal::EIPAddress>& addresses) {
+    std::string text;
+    for (const auto& a : addresses) text += (text.empty() ? "" : " ") + a.ToString();
+    return text;
 }
 
 }  // namespace zk

@@ -35,4 +35,10 @@ std::optional<hal::EIPAddress> ipv6Address(std::string_view text);
 // option that validation refused would carry).
 hal::EIPAddress anyAddress(std::string_view text);
 
+// A Tcl list of dotted IPv4 addresses (attached router IDs ...); nullopt
+// when the text is no list or an element no address. Back: the addresses
+// dotted, one blank between them.
+std::optional<std::vector<hal::EIPAddress>> ipv4List(const std::string& text);
+std::string ipv4ListText(const std::vector<hal::EIPAddress>& addresses);
+
 }  // namespace zk

@@ -51,7 +51,7 @@ void TCLIsisRouter::FromRecord(const hal::EISISRouter& r) {
 
 int TCLIsisRouter::requestLearnedLsps() {
     if (int r = mayRequestLearned("TCLIsisRouter::requestLearnedLsps()", work().GetID().IsValid(),
-                                  "The router has not been loaded from the server."))
+                                  "The router has not been loaded from the server.", kIsisLspsKind))
         return r;
     reply_.send(*currentPort(), kIsisLspsKind, isis::systemIdText(work().systemId), token());
     return kOk;

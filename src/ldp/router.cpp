@@ -67,6 +67,7 @@ int TCLLdpRouter::requestLearnedLabels() {
                       portName(*port));
         return kFail;
     }
+    if (int r = portAnswers("TCLLdpRouter::requestLearnedLabels()", *port, kLdpLabelsKind)) return r;
     reply_.send(*port, kLdpLabelsKind, work().routerId.ToString(), token());
     return kOk;
 }

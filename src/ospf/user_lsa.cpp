@@ -52,18 +52,6 @@ std::optional<std::vector<hal::EOSPFRouterLink>> routerLinkList(const std::strin
     return links;
 }
 
-std::optional<std::vector<hal::EIPAddress>> routerIdList(const std::string& text) {
-    auto elements = listElements(text);
-    if (!elements) return std::nullopt;
-    std::vector<hal::EIPAddress> ids;
-    for (const auto& e : *elements) {
-        auto a = ipv4Address(e);
-        if (!a) return std::nullopt;
-        ids.push_back(*a);
-    }
-    return ids;
-}
-
 bool knownLsaType(int t) {
     switch (t) {
     case hal::EOSPFUserLSA::kRouter:
@@ -101,12 +89,6 @@ std::string routerLinksText(const std::vector<hal::EOSPFRouterLink>& links) {
     return text;
 }
 
-std::string routerIdsText(const std::vector<hal::EIPAddress>& ids) {
-    std::string text;
-    for (const auto& a : ids) text += (text.empty() ? "" : " ") + a.ToString();
-    return text;
-}
-
 }  // namespace
 
 static binding::Describe<TCLOspfUserLsa> describeOspfUserLsa("TCLOspfUserLsa", [](auto& c) {
@@ -133,9 +115,9 @@ static binding::Describe<TCLOspfUserLsa> describeOspfUserLsa("TCLOspfUserLsa", [
                  routerLinksText, &R::links);
     c.option("networkMask", &T::networkMask).check(ipv4, invalid + "networkMask").maps(&R::mask);
     c.option("attachedRouters", &T::attachedRouters)
-        .check([](const std::string& s) { return routerIdList(s).has_value(); }, invalid + "attachedRouters")
-        .mapsVia([](const std::string& s) { return routerIdList(s).value_or(std::vector<hal::EIPAddress>{}); },
-                 routerIdsText, &R::attached);
+        .check([](const std::string& s) { return ipv4List(s).has_value(); }, invalid + "attachedRouters")
+        .mapsVia([](const std::string& s) { return ipv4List(s).value_or(std::vector<hal::EIPAddress>{}); },
+                 ipv4ListText, &R::attached);
     c.option("metric", &T::metric).check(range(0, 0xFFFFFF), invalid + "metric").maps(&R::metric);
     c.option("externalMetricType", &T::externalMetricType)
         .check(boolean, invalid + "externalMetricType")

@@ -21,29 +21,6 @@ constexpr Range kMetric16 = range(0, 0xFFFF);
 // Interface IDs are 32 bits; scripts give them as non-negative integers.
 constexpr Range kInterfaceId = atLeast(0);
 
-// Attached routers: a Tcl list of dotted router IDs; nullopt when it is
-// no list or holds anything else.
-std::optional<std::vector<hal::EIPAddress>> routerIds(const std::string& text) {
-    int n;
-    const char** argv;
-    if (Tcl_SplitList(nullptr, text.c_str(), &n, &argv) != TCL_OK) return std::nullopt;
-    std::vector<hal::EIPAddress> ids;
-    bool good = true;
-    for (int i = 0; i < n && good; ++i) {
-        auto a = ipv4Address(argv[i]);
-        if (a) ids.push_back(*a);
-        good = a.has_value();
-    }
-    Tcl_Free(reinterpret_cast<char*>(argv));
-    return good ? std::optional(ids) : std::nullopt;
-}
-
-std::string routerIdsText(const std::vector<hal::EIPAddress>& ids) {
-    std::string text;
-    for (const auto& a : ids) text += (text.empty() ? "" : " ") + a.ToString();
-    return text;
-}
-
 // 0x80000000 is reserved: sequence numbers run from 0x80000001 to 0x7fffffff.
 bool sequenceNumber(unsigned v) { return v != 0x80000000u; }
 
@@ -120,9 +97,9 @@ static binding::Describe<TCLOspfV3NetworkLsa> describeOspfV3NetworkLsa("TCLOspfV
     describeHeader(c);
     c.option("options", &T::options).check(kOptionBits).maps(&R::options);
     c.option("attachedRouters", &T::attachedRouters)
-        .check([](const std::string& s) { return routerIds(s).has_value(); })
-        .mapsVia([](const std::string& s) { return routerIds(s).value_or(std::vector<hal::EIPAddress>{}); },
-                 routerIdsText, &R::attached);
+        .check([](const std::string& s) { return ipv4List(s).has_value(); })
+        .mapsVia([](const std::string& s) { return ipv4List(s).value_or(std::vector<hal::EIPAddress>{}); },
+                 ipv4ListText, &R::attached);
     c.method("setDefault", &T::setDefault);
 });
 

@@ -83,6 +83,7 @@ int TCLRsvpNeighborPair::requestRxLabels() {
                       portName(*port));
         return kFail;
     }
+    if (int r = portAnswers("TCLRsvpNeighborPair::requestRxLabels()", *port, kRsvpLabelsKind)) return r;
     labelsReply_.send(*port, kRsvpLabelsKind, learnedLabelsKey(work().ourIp, work().dutIp), token());
     requestedFor_ = work().GetID();
     positions_.clear();

@@ -1,6 +1,7 @@
 #include "services/protocol_server.h"
 
 #include "binding/describe.h"
+#include "core/host.h"
 #include "core/port.h"
 
 namespace zk {
@@ -40,8 +41,7 @@ const ServiceField kCreateInterface[] = {
 };
 
 void warnDeprecated(const char* parameter) {
-    chassis::Lab::instance().log(
-        formatText("********* Warning - deprecated parameter TCLProtocolServer.%s configured.", parameter));
+    hostLog(formatText("********* Warning - deprecated parameter TCLProtocolServer.%s configured.", parameter));
 }
 
 }  // namespace
@@ -107,6 +107,14 @@ int TCLProtocolServer::write(int c, int d, int p) {
     return kOk;
 }
 
+// The command codes name their protocol, so one method of the port-level
+// class serves every protocol, those added later included.
+int TCLProtocolServer::sendCommand(int c, int d, int p, int command) { return sendPortCommand(c, d, p, command); }
+
+int TCLProtocolServer::enableStatistics(int c, int d, int p, std::string protocol, int enable) {
+    return enablePortStatistics(c, d, p, protocol, enable);
+}
+
 static binding::Describe<TCLProtocolServer> describeProtocolServer("TCLProtocolServer", [](auto& c) {
     using T = TCLProtocolServer;
     c.constructor();
@@ -142,6 +150,8 @@ static binding::Describe<TCLProtocolServer> describeProtocolServer("TCLProtocolS
     c.method("set", &T::set, "chasID", "cardID", "portID");
     c.method("get", &T::get, "chasID", "cardID", "portID");
     c.method("write", &T::write, "chasID", "cardID", "portID");
+    c.method("sendCommand", &T::sendCommand, "chasID", "cardID", "portID", "command");
+    c.method("enableStatistics", &T::enableStatistics, "chasID", "cardID", "portID", "protocol", "enable");
 });
 
 }  // namespace zk

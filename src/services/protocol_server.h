@@ -46,6 +46,10 @@ public:
     int set(int chasID, int cardID, int portID);
     int get(int chasID, int cardID, int portID);
     int write(int chasID, int cardID, int portID);
+    // The host interface: a start/stop/transmit command code to the port,
+    // and the statistics switch of one protocol (by name) on the port.
+    int sendCommand(int chasID, int cardID, int portID, int command);
+    int enableStatistics(int chasID, int cardID, int portID, std::string protocol, int enable);
 
 private:
     bool Validate();

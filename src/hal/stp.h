@@ -4,9 +4,10 @@
 //
 // Defaults and widths are the standard's: bridge priority 32768 in steps
 // of 4096 (the upper four bits of a 16-bit priority field), port priority
-// 128 in steps of 16 (four bits) and a 12-bit port number, hello 2 s, max
-// age 20 s, forward delay 15 s, transmit hold count 6, the path cost of a
-// 1 Gb/s link 20000. MAC addresses are six bytes.
+// 128 in steps of 16 (four bits) and a 12-bit port number, hello 2 s (up
+// to 10 s for bridges of the 1998 edition), max age 20 s, forward delay
+// 15 s, transmit hold count 6, the path cost of a 1 Gb/s link 20000. MAC
+// addresses are six bytes.
 #pragma once
 
 #include <cstdint>
@@ -57,8 +58,8 @@ struct EStpLan : ERecord {
         return std::tuple_cat(ERecord::fields(),
                               hal::fields(field("Enabled", &R::enabled),
                                           field("PortNumber", &R::portNumber, "the bridge port it is behind"),
-                                          field("FirstMAC", &R::firstMac, "six bytes"), field("NumberOfMACs", &R::count),
-                                          field("VLANID", &R::vlanId, "0 untagged")));
+                                          field("FirstMAC", &R::firstMac, "six bytes"),
+                                          field("NumberOfMACs", &R::count), field("VLANID", &R::vlanId, "0 untagged")));
     }
 };
 
@@ -84,10 +85,12 @@ struct EStpBridge : ERecord {
             ERecord::fields(),
             hal::fields(field("Enabled", &R::enabled), field("Mode", &R::mode, "0 STP, 1 RSTP"),
                         field("BridgePriority", &R::priority, "0 to 61440 in steps of 4096"),
-                        field("BridgeMAC", &R::mac, "six bytes"), field("HelloTime", &R::helloTime, "seconds"),
-                        field("MaxAge", &R::maxAge, "seconds"), field("ForwardDelay", &R::forwardDelay, "seconds"),
+                        field("BridgeMAC", &R::mac, "six bytes"), field("HelloTime", &R::helloTime, "seconds, 1 to 10"),
+                        field("MaxAge", &R::maxAge, "seconds, 6 to 40"),
+                        field("ForwardDelay", &R::forwardDelay, "seconds, 4 to 30"),
                         field("TransmitHoldCount", &R::transmitHoldCount, "BPDUs per hello time"),
-                        field("RootPriority", &R::rootPriority), field("RootMAC", &R::rootMac, "empty: the bridge itself"),
+                        field("RootPriority", &R::rootPriority),
+                        field("RootMAC", &R::rootMac, "empty: the bridge itself"),
                         field("RootPathCost", &R::rootPathCost), field("InterfaceList", &R::interfaces),
                         field("LanList", &R::lans)));
     }

@@ -93,16 +93,15 @@ int TCLStpBridge::getNextLearnedInterface() {
 
 namespace {
 
-bool inRange(long long v, long long lo, long long hi) { return v >= lo && v <= hi; }
-
 // The timer relations of 802.1D-2004 17.14, checked only between timers
 // that passed their own range checks. Hello times up to 10 s are those of
 // 802.1D-1998 bridges.
 bool maxAgeCoversHellos(const TCLStpBridge& t) {
-    return !inRange(t.helloTime, 1, 10) || !inRange(t.maxAge, 6, 40) || t.maxAge >= 2 * (t.helloTime + 1);
+    return !stp::inRange(t.helloTime, 1, 10) || !stp::inRange(t.maxAge, 6, 40) || t.maxAge >= 2 * (t.helloTime + 1);
 }
 bool forwardDelayCoversMaxAge(const TCLStpBridge& t) {
-    return !inRange(t.forwardDelay, 4, 30) || !inRange(t.maxAge, 6, 40) || 2 * (t.forwardDelay - 1) >= t.maxAge;
+    return !stp::inRange(t.forwardDelay, 4, 30) || !stp::inRange(t.maxAge, 6, 40) ||
+           2 * (t.forwardDelay - 1) >= t.maxAge;
 }
 
 // The root path cost is 0 exactly at the root (17.6): a bridge that
@@ -119,7 +118,8 @@ bool rootCostFits(const TCLStpBridge& t) {
 bool portNumbersDistinct(const TCLStpBridge& t) {
     std::set<uint32_t> seen;
     bool distinct = true;
-    t.work().interfaces.ForEach([&](const hal::EStpInterface& i) { distinct = seen.insert(i.portNumber).second && distinct; });
+    t.work().interfaces.ForEach(
+        [&](const hal::EStpInterface& i) { distinct = seen.insert(i.portNumber).second && distinct; });
     return distinct;
 }
 bool lansBehindInterfaces(const TCLStpBridge& t) {
@@ -169,7 +169,8 @@ static binding::Describe<TCLStpBridge> describeStpBridge("TCLStpBridge", [](auto
     // The checks of the bridge's lists run last.
     c.option("rootPathCost", &T::rootPathCost)
         .check(atLeast(0))
-        .check(rootCostFits, "TCLStpBridge::Validate()   rootPathCost must be 0 exactly when the bridge is its own root.")
+        .check(rootCostFits,
+               "TCLStpBridge::Validate()   rootPathCost must be 0 exactly when the bridge is its own root.")
         .check(portNumbersDistinct, "TCLStpBridge::Validate()   Two interfaces have the same portNumber.")
         .check(lansBehindInterfaces, "TCLStpBridge::Validate()   A LAN is behind a portNumber that no interface has.")
         .maps(&R::rootPathCost);

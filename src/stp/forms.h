@@ -17,7 +17,7 @@ inline constexpr const char* kInterfacesKind = "stpInterfaces";
 // priority the upper four bits of a byte.
 inline constexpr int kBridgePriorityStep = 4096;
 inline constexpr int kPortPriorityStep = 16;
-inline constexpr int kLastPortNumber = 4095;         // 12 bits
+inline constexpr int kLastPortNumber = 4095;          // 12 bits
 inline constexpr long long kMaxPathCost = 200000000;  // 802.1D-2004 Table 17-3
 
 // A bridge or host address: a MAC address with the group bit clear.
@@ -30,6 +30,7 @@ inline bool individualMac(const std::string& text) {
 // first byte changes: a run of hosts stays within the lower 40 bits.
 inline constexpr uint64_t kMacLowBits = (uint64_t(1) << 40) - 1;
 
+inline bool inRange(long long v, long long lo, long long hi) { return v >= lo && v <= hi; }
 // A value that is a multiple of `step`; one out of its range has its own message.
 inline bool inSteps(long long v, long long last, long long step) { return v < 0 || v > last || v % step == 0; }
 

@@ -95,7 +95,8 @@ template <class R>
 std::string parsePairs(Tcl_Obj* pairs, std::span<const LearnedOption<R>> options, R& r) {
     int n;
     Tcl_Obj** items;
-    if (Tcl_ListObjGetElements(nullptr, pairs, &n, &items) != TCL_OK || n % 2) return "expected a list of -option value pairs";
+    if (Tcl_ListObjGetElements(nullptr, pairs, &n, &items) != TCL_OK || n % 2)
+        return "expected a list of -option value pairs";
     for (int k = 0; k < n; k += 2) {
         std::string_view name = Tcl_GetString(items[k]);
         const LearnedOption<R>* option = nullptr;
@@ -120,9 +121,12 @@ std::string bridgeKey(Tcl_Obj* o) {
 }
 
 int learnStpBridge(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
-    if (objc != 2) return learnFailed(interp, "wrong # args: should be \"zkchassis::learn stpBridge C D P bridgeMac info\"");
+    if (objc != 2)
+        return learnFailed(interp, "wrong # args: should be \"zkchassis::learn stpBridge C D P bridgeMac info\"");
     std::string key = bridgeKey(objv[0]);
-    if (key.empty()) return learnFailed(interp, std::string("invalid bridgeMac \"") + Tcl_GetString(objv[0]) + "\": expected a MAC address");
+    if (key.empty())
+        return learnFailed(interp,
+                           std::string("invalid bridgeMac \"") + Tcl_GetString(objv[0]) + "\": expected a MAC address");
     auto data = std::make_shared<LearnedStpBridge>();
     if (std::string why = parsePairs<Bridge>(objv[1], kBridgeOptions, data->bridge); !why.empty())
         return learnFailed(interp, "info: " + why);
@@ -133,16 +137,20 @@ int learnStpBridge(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* c
 
 int learnStpInterfaces(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
     if (objc != 2)
-        return learnFailed(interp, "wrong # args: should be \"zkchassis::learn stpInterfaces C D P bridgeMac interfaceList\"");
+        return learnFailed(interp,
+                           "wrong # args: should be \"zkchassis::learn stpInterfaces C D P bridgeMac interfaceList\"");
     std::string key = bridgeKey(objv[0]);
-    if (key.empty()) return learnFailed(interp, std::string("invalid bridgeMac \"") + Tcl_GetString(objv[0]) + "\": expected a MAC address");
+    if (key.empty())
+        return learnFailed(interp,
+                           std::string("invalid bridgeMac \"") + Tcl_GetString(objv[0]) + "\": expected a MAC address");
     int count;
     Tcl_Obj** items;
     if (Tcl_ListObjGetElements(interp, objv[1], &count, &items) != TCL_OK) return TCL_ERROR;
     auto data = std::make_shared<LearnedStpInterfaces>();
     data->interfaces.resize(size_t(count));
     for (int i = 0; i < count; ++i)
-        if (std::string why = parsePairs<Interface>(items[i], kInterfaceOptions, data->interfaces[size_t(i)]); !why.empty())
+        if (std::string why = parsePairs<Interface>(items[i], kInterfaceOptions, data->interfaces[size_t(i)]);
+            !why.empty())
             return learnFailed(interp, "interface " + std::to_string(i + 1) + " of interfaceList: " + why);
     chassis::Lab::instance().replies().learn(port.id.key(), stp::kInterfacesKind, key, data);
     Tcl_ResetResult(interp);

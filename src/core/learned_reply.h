@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "chassis/lab.h"
 #include "chassis/port.h"
@@ -66,6 +67,41 @@ private:
     uint64_t number_ = 0;
     bool answered_ = false;
     std::shared_ptr<const Data> reply_;
+};
+
+// A learned list: the reply that brings it, and a walk through its items
+// (Data::*Items, a vector of records) into a read-only staging object.
+template <class Data, auto Items>
+class LearnedList {
+public:
+    LearnedReply<Data>& reply() { return reply_; }
+    // Takes the answer once it is in (false: not yet); a port that learned
+    // nothing answers with an empty list.
+    bool take() {
+        if (!reply_.arrived()) return false;
+        data_ = reply_.data() ? reply_.data() : std::make_shared<const Data>();
+        cursor_ = 0;
+        return true;
+    }
+    size_t size() const { return data_ ? ((*data_).*Items).size() : 0; }
+    void rewind() { cursor_ = 0; }
+    // Fills `staging` with the next item; false after the last or without one.
+    template <class Staging>
+    bool next(Staging* staging) {
+        if (!staging || cursor_ >= size()) return false;
+        staging->FromRecord(((*data_).*Items)[cursor_++]);
+        return true;
+    }
+    void forget() {
+        reply_.forget();
+        data_.reset();
+        cursor_ = 0;
+    }
+
+private:
+    LearnedReply<Data> reply_;
+    std::shared_ptr<const Data> data_;
+    size_t cursor_ = 0;
 };
 
 }  // namespace zk

@@ -48,4 +48,17 @@ std::string formatMac(uint64_t mac) {
     return text;
 }
 
+hal::EBlob macBlob(const std::string& text) {
+    uint64_t mac = parseMac(text).value_or(0);
+    std::vector<uint8_t> bytes(6);
+    for (size_t i = 0; i < 6; ++i) bytes[i] = uint8_t(mac >> (40 - 8 * i));
+    return hal::EBlob(std::move(bytes));
+}
+
+std::string macText(const hal::EBlob& b) {
+    uint64_t mac = 0;
+    for (size_t i = 0; i < 6; ++i) mac = mac << 8 | (i < b.GetSize() ? b.GetData()[i] : 0);
+    return formatMac(mac);
+}
+
 }  // namespace zk

@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "hal/basic.h"
+
 namespace zk {
 
 inline constexpr uint64_t kLastMac = (uint64_t(1) << 48) - 1;
@@ -20,5 +22,11 @@ inline constexpr uint64_t kLastMac = (uint64_t(1) << 48) - 1;
 std::optional<uint64_t> parseMac(std::string_view text);
 // "00:11:22:33:44:55", lower case.
 std::string formatMac(uint64_t mac);
+inline bool validMac(const std::string& text) { return parseMac(text).has_value(); }
+
+// A MAC address as the records keep it: six bytes, most significant first.
+// Text that is no MAC address gives zeros (its option's check refuses it).
+hal::EBlob macBlob(const std::string& text);
+std::string macText(const hal::EBlob& b);
 
 }  // namespace zk

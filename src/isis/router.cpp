@@ -35,9 +35,7 @@ int TCLIsisRouter::intoRecordRest(hal::EISISRouter& r) {
 }
 
 void TCLIsisRouter::forgetLearned() {
-    reply_.forget();
-    learned_.clear();
-    learnedCursor_ = 0;
+    learned_.forget();
     numberOfLearnedLsps = 0;
 }
 
@@ -53,35 +51,29 @@ int TCLIsisRouter::requestLearnedLsps() {
     if (int r = mayRequestLearned("TCLIsisRouter::requestLearnedLsps()", work().GetID().IsValid(),
                                   "The router has not been loaded from the server.", kIsisLspsKind))
         return r;
-    reply_.send(*currentPort(), kIsisLspsKind, isis::systemIdText(work().systemId), token());
+    learned_.reply().send(*currentPort(), kIsisLspsKind, isis::systemIdText(work().systemId), token());
     return kOk;
 }
 
 int TCLIsisRouter::getLearnedLspList() {
-    if (!reply_.arrived()) {
+    if (!learned_.take()) {
         setLastError("TCLIsisRouter::getLearnedLspList()   No learned LSPs have arrived yet.");
         return kFail;
     }
-    // A port that learned nothing for this router answers with an empty list.
-    auto reply = reply_.data();
-    learned_ = reply ? reply->lsps : std::vector<hal::EISISLearnedLSP>{};
-    learnedCursor_ = 0;
     numberOfLearnedLsps = int(learned_.size());
     return kOk;
 }
 
 int TCLIsisRouter::getFirstLearnedLsp() {
-    learnedCursor_ = 0;
+    learned_.rewind();
     return getNextLearnedLsp();
 }
 
 int TCLIsisRouter::getNextLearnedLsp() {
-    TCLIsisLearnedLsp* staging = learnedLsp_.get();
-    if (!staging || learnedCursor_ >= learned_.size()) {
+    if (!learned_.next(learnedLsp_.get())) {
         setLastError("TCLIsisRouter::getNextLearnedLsp()   No more learned LSPs.");
         return kFail;
     }
-    staging->FromRecord(learned_[learnedCursor_++]);
     return kOk;
 }
 

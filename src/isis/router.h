@@ -60,9 +60,7 @@ private:
     void forgetLearned();
 
     Ref<TCLIsisLearnedLsp> learnedLsp_;
-    LearnedReply<LearnedIsisLsps> reply_;
-    std::vector<hal::EISISLearnedLSP> learned_;
-    size_t learnedCursor_ = 0;
+    LearnedList<LearnedIsisLsps, &LearnedIsisLsps::lsps> learned_;
 };
 
 class TCLIsisServer : public RouterServer<hal::EISISServer, TCLIsisRouter, &hal::EISISServer::routers, Protocol::Isis> {

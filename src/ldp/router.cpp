@@ -38,9 +38,7 @@ void TCLLdpRouter::setDefault() {
 }
 
 void TCLLdpRouter::forgetLearned() {
-    reply_.forget();
-    learned_.reset();
-    learnedCursor_ = 0;
+    learned_.forget();
     numberOfLearnedLabels = 0;
 }
 
@@ -68,34 +66,29 @@ int TCLLdpRouter::requestLearnedLabels() {
         return kFail;
     }
     if (int r = portAnswers("TCLLdpRouter::requestLearnedLabels()", *port, kLdpLabelsKind)) return r;
-    reply_.send(*port, kLdpLabelsKind, work().routerId.ToString(), token());
+    learned_.reply().send(*port, kLdpLabelsKind, work().routerId.ToString(), token());
     return kOk;
 }
 
 int TCLLdpRouter::getLearnedLabelList() {
-    if (!reply_.arrived()) {
+    if (!learned_.take()) {
         setLastError("TCLLdpRouter::getLearnedLabelList()   No learned labels have arrived yet.");
         return kFail;
     }
-    // A port that learned nothing for this router answers with an empty list.
-    learned_ = reply_.data() ? reply_.data() : std::make_shared<const LearnedLdpLabels>();
-    learnedCursor_ = 0;
-    numberOfLearnedLabels = int(learned_->labels.size());
+    numberOfLearnedLabels = int(learned_.size());
     return kOk;
 }
 
 int TCLLdpRouter::getFirstLearnedLabel() {
-    learnedCursor_ = 0;
+    learned_.rewind();
     return getNextLearnedLabel();
 }
 
 int TCLLdpRouter::getNextLearnedLabel() {
-    TCLLdpLearnedLabel* staging = learnedLabel_.get();
-    if (!staging || !learned_ || learnedCursor_ >= learned_->labels.size()) {
+    if (!learned_.next(learnedLabel_.get())) {
         setLastError("TCLLdpRouter::getNextLearnedLabel()   No more learned labels.");
         return kFail;
     }
-    staging->FromRecord(learned_->labels[learnedCursor_++]);
     return kOk;
 }
 

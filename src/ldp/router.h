@@ -57,9 +57,7 @@ private:
     void forgetLearned();
 
     Ref<TCLLdpLearnedLabel> learnedLabel_;
-    LearnedReply<LearnedLdpLabels> reply_;
-    std::shared_ptr<const LearnedLdpLabels> learned_;
-    size_t learnedCursor_ = 0;
+    LearnedList<LearnedLdpLabels, &LearnedLdpLabels::labels> learned_;
 };
 
 class TCLLdpServer : public RouterServer<hal::ELdpServer, TCLLdpRouter, &hal::ELdpServer::routers, Protocol::Ldp> {

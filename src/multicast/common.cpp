@@ -24,6 +24,7 @@ bool addressValue(const std::string& text, bool v6, Wide& out) {
 }
 
 bool isGroup(Wide value, bool v6) { return v6 ? (value >> 120) == 0xff : (value >> 28) == 0xE; }
+bool isLinkLocal(Wide value) { return (value >> 118) == 0x3fa; }  // fe80::/10
 
 }  // namespace
 
@@ -39,17 +40,27 @@ bool unicastAddress(const std::string& text, bool v6) {
 
 bool linkLocalAddress(const std::string& text) {
     Wide v;
-    return addressValue(text, true, v) && (v >> 118) == 0x3fa;  // fe80::/10
+    return addressValue(text, true, v) && isLinkLocal(v);
 }
 
-bool rangeFits(const std::string& first, long long count, long long step, bool v6, bool groups) {
+bool rangeFits(const std::string& first, long long count, long long step, bool v6, Space space) {
     Wide v;
     if (count < 1 || step < 0 || !addressValue(first, v6, v)) return true;
-    if (groups && !isGroup(v, v6)) return true;
     const Wide top = v6 ? ~Wide(0) : Wide(0xFFFFFFFF);
     const Wide span = Wide(uint64_t(count - 1)) * Wide(uint64_t(step));
     if (span > top - v) return false;
-    return !groups || isGroup(v + span, v6);
+    const Wide last = v + span;
+    switch (space) {
+    case Space::Groups: return !isGroup(v, v6) || isGroup(last, v6);
+    case Space::LinkLocal: return !isLinkLocal(v) || isLinkLocal(last);
+    case Space::Unicast: {
+        // Below the multicast block a range must not reach into it; above
+        // it (IPv4 class E) it cannot.
+        const Wide groupStart = v6 ? Wide(0xff) << 120 : Wide(0xE0000000);
+        return isGroup(v, v6) || v >= groupStart || last < groupStart;
+    }
+    }
+    return true;
 }
 
 void checkGroupAddress(Checks& k, const std::string& cls, const char* option, const std::string& text, bool v6) {

@@ -25,10 +25,12 @@ bool multicastAddress(const std::string& text, bool v6);
 bool unicastAddress(const std::string& text, bool v6);
 // fe80::/10.
 bool linkLocalAddress(const std::string& text);
-// Whether `count` addresses from `first`, `step` apart, stay in the
-// address space (and, for groups, in the multicast space). Counts or steps
-// out of their own ranges, and bad text, pass: they have their own checks.
-bool rangeFits(const std::string& first, long long count, long long step, bool v6, bool groups);
+// Where a range of addresses must stay.
+enum class Space { Groups, Unicast, LinkLocal };
+// Whether `count` addresses from `first`, `step` apart, stay in the space
+// `first` is in. Counts or steps out of their own ranges, and text that is
+// no address of the space, pass: they have their own checks.
+bool rangeFits(const std::string& first, long long count, long long step, bool v6, Space space);
 // "224.0.0.0/4" or "ff00::/8".
 inline const char* groupSpace(bool v6) { return v6 ? "ff00::/8" : "224.0.0.0/4"; }
 // The check of a group address option of class `cls`: "Invalid <option>."

@@ -97,7 +97,7 @@ void describeSourceRange(binding::ClassDesc<SourceRange<F>>& c) {
         .maps(&R::firstSource);
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
-        .check([](const T& t) { return rangeFits(t.sourceAddress, t.numberOfSources, 1, F::v6, false); },
+        .check([](const T& t) { return rangeFits(t.sourceAddress, t.numberOfSources, 1, F::v6, Space::Unicast); },
                name + "::Validate()   numberOfSources sources from sourceAddress run past the last address.")
         .maps(&R::count);
     c.method("setDefault", &T::setDefault);
@@ -125,7 +125,7 @@ void describeGroupRange(binding::ClassDesc<GroupRange<F>>& c) {
     c.option("numberOfGroups", &T::numberOfGroups).check(range(1, 65535)).maps(&R::count);
     c.option("groupAddressStep", &T::groupAddressStep)
         .check(atLeast(1))
-        .check([](const T& t) { return rangeFits(t.groupAddress, t.numberOfGroups, t.groupAddressStep, F::v6, true); },
+        .check([](const T& t) { return rangeFits(t.groupAddress, t.numberOfGroups, t.groupAddressStep, F::v6, Space::Groups); },
                name + "::Validate()   numberOfGroups groups from groupAddress by groupAddressStep leave " +
                    groupSpace(F::v6) + ".")
         .maps(&R::step);
@@ -155,7 +155,7 @@ void describeHost(binding::ClassDesc<Host<F>>& c) {
     c.option("numberOfHosts", &T::numberOfHosts).check(range(1, 65535)).maps(&R::count);
     c.option("hostAddressStep", &T::hostAddressStep)
         .check(atLeast(1))
-        .check([](const T& t) { return rangeFits(t.hostAddress, t.numberOfHosts, t.hostAddressStep, F::v6, false); },
+        .check([](const T& t) { return rangeFits(t.hostAddress, t.numberOfHosts, t.hostAddressStep, F::v6, F::v6 ? Space::LinkLocal : Space::Unicast); },
                name + "::Validate()   numberOfHosts hosts from " + (F::v6 ? "linkLocalAddress" : "hostIpAddress") +
                    " by hostAddressStep run past the last address.")
         .maps(&R::step);

@@ -34,13 +34,13 @@ static binding::Describe<TCLPimsmJoinPrune> describePimsmJoinPrune("TCLPimsmJoin
         .maps(&R::firstGroup);
     c.option("numberOfGroups", &T::numberOfGroups)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, true); },
+        .check([](const T& t) { return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups); },
                "TCLPimsmJoinPrune::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
         .maps(&R::groupCount);
     c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, false); },
+        .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast); },
                "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress run past the last address.")
         .maps(&R::sourceCount);
     // One to one pairs the n-th source with the n-th group.
@@ -63,7 +63,7 @@ static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsm
     c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, false); },
+        .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast); },
                "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress run past the last address.")
         .maps(&R::sourceCount);
     c.option("groupAddress", &T::groupAddress)
@@ -73,7 +73,7 @@ static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsm
         .maps(&R::firstGroup);
     c.option("numberOfGroups", &T::numberOfGroups)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, true); },
+        .check([](const T& t) { return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups); },
                "TCLPimsmSourceRange::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
         .maps(&R::groupCount);
     c.option("registersPerSecond", &T::registersPerSecond).check(range(1, 100000)).maps(&R::registersPerSecond);

@@ -98,7 +98,7 @@ void describeSourceRange(binding::ClassDesc<SourceRange<F>>& c) {
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
         .check([](const T& t) { return rangeFits(t.sourceAddress, t.numberOfSources, 1, F::v6, Space::Unicast); },
-               name + "::Validate()   numberOfSources sources from sourceAddress run past the last address.")
+               name + "::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
         .maps(&R::count);
     c.method("setDefault", &T::setDefault);
 }
@@ -157,7 +157,7 @@ void describeHost(binding::ClassDesc<Host<F>>& c) {
         .check(atLeast(1))
         .check([](const T& t) { return rangeFits(t.hostAddress, t.numberOfHosts, t.hostAddressStep, F::v6, F::v6 ? Space::LinkLocal : Space::Unicast); },
                name + "::Validate()   numberOfHosts hosts from " + (F::v6 ? "linkLocalAddress" : "hostIpAddress") +
-                   " by hostAddressStep run past the last address.")
+                   " by hostAddressStep leave " + (F::v6 ? "fe80::/10." : "the unicast addresses."))
         .maps(&R::step);
     c.option("version", &T::version)
         .check(range(1, F::lastVersion))

@@ -41,7 +41,7 @@ static binding::Describe<TCLPimsmJoinPrune> describePimsmJoinPrune("TCLPimsmJoin
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
         .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast); },
-               "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress run past the last address.")
+               "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
         .maps(&R::sourceCount);
     // One to one pairs the n-th source with the n-th group.
     c.option("mapping", &T::mapping)
@@ -64,7 +64,7 @@ static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsm
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
         .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast); },
-               "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress run past the last address.")
+               "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
         .maps(&R::sourceCount);
     c.option("groupAddress", &T::groupAddress)
         .checkWith([](const T& t, Checks& k) {

@@ -20,7 +20,7 @@ struct IgmpFamily {
     static constexpr bool v6 = false;
     static constexpr uint8_t lastVersion = 3;
     static constexpr uint8_t defaultVersion = 2;
-    static constexpr uint16_t defaultUnsolicitedInterval = 10;  // RFC 2236; RFC 3376 asks for 1
+    static constexpr uint16_t defaultUnsolicitedInterval = 10;     // RFC 2236; RFC 3376 asks for 1
     static constexpr uint32_t defaultQueryResponseInterval = 100;  // tenths of a second
     static constexpr const char* hostField = "HostAddress";
     static EIPAddress firstGroup() { return EIPAddress::FromV4(0xE1000001); }  // 225.0.0.1
@@ -32,7 +32,7 @@ struct MldFamily {
     static constexpr bool v6 = true;
     static constexpr uint8_t lastVersion = 2;
     static constexpr uint8_t defaultVersion = 2;
-    static constexpr uint16_t defaultUnsolicitedInterval = 1;  // RFC 3810
+    static constexpr uint16_t defaultUnsolicitedInterval = 1;        // RFC 3810
     static constexpr uint32_t defaultQueryResponseInterval = 10000;  // milliseconds
     // MLD messages leave from the host's link-local address (RFC 3590).
     static constexpr const char* hostField = "LinkLocalAddress";
@@ -105,15 +105,13 @@ struct EGroupHost : ERecord {
         using R = EGroupHost;
         return std::tuple_cat(
             ERecord::fields(),
-            hal::fields(field("Enabled", &R::enabled), field(F::hostField, &R::address),
-                        field("NumberOfHosts", &R::count), field("HostIncrement", &R::step),
-                        field("Version", &R::version),
-                        field("ReportMode", &R::reportMode,
-                              "0 one report when queried, 1 all when queried, 2 all unsolicited"),
-                        field("UnsolicitedReportInterval", &R::unsolicitedReportInterval, "seconds"),
-                        field("RouterAlert", &R::routerAlert),
-                        field("GeneralQueryResponse", &R::generalQueryResponse),
-                        field("GroupRanges", &R::groupRanges)));
+            hal::fields(
+                field("Enabled", &R::enabled), field(F::hostField, &R::address), field("NumberOfHosts", &R::count),
+                field("HostIncrement", &R::step), field("Version", &R::version),
+                field("ReportMode", &R::reportMode, "0 one report when queried, 1 all when queried, 2 all unsolicited"),
+                field("UnsolicitedReportInterval", &R::unsolicitedReportInterval, "seconds"),
+                field("RouterAlert", &R::routerAlert), field("GeneralQueryResponse", &R::generalQueryResponse),
+                field("GroupRanges", &R::groupRanges)));
     }
 };
 
@@ -156,7 +154,7 @@ struct EMulticastLearnedGroup {
     EIPAddress querier;
     uint8_t version = 0;  // the querier's compatibility mode
     uint8_t sourceMode = kSourceModeExclude;
-    std::string sources;  // the source list, blank-separated
+    std::string sources;      // the source list, blank-separated
     uint32_t groupTimer = 0;  // seconds left
 
     static constexpr auto fields() {
@@ -170,10 +168,10 @@ struct EMulticastLearnedGroup {
 // ---- PIM-SM ----
 
 enum EPimsmJoinPruneType : uint8_t {
-    kPimsmRp = 0,  // (*,*,RP)
-    kPimsmG = 1,   // (*,G)
-    kPimsmSG = 2,  // (S,G)
-    kPimsmSptSwitchover = 3,  // (*,G) then (S,G) and (S,G,rpt) prune
+    kPimsmRp = 0,                   // (*,*,RP)
+    kPimsmG = 1,                    // (*,G)
+    kPimsmSG = 2,                   // (S,G)
+    kPimsmSptSwitchover = 3,        // (*,G) then (S,G) and (S,G,rpt) prune
     kPimsmRegisterTriggeredSG = 4,  // (S,G) towards the sources that register
 };
 
@@ -186,7 +184,7 @@ struct EPimsmJoinPrune : ERecord {
     uint16_t groupCount = 1;
     EIPAddress firstSource;
     uint16_t sourceCount = 1;
-    uint8_t mapping = 0;  // fully meshed
+    uint8_t mapping = 0;               // fully meshed
     uint16_t pruneAfterJoinDelay = 0;  // seconds; 0 never pruned
 
     bool hasSources() const { return type >= kPimsmSG; }
@@ -196,14 +194,15 @@ struct EPimsmJoinPrune : ERecord {
         using R = EPimsmJoinPrune;
         return std::tuple_cat(
             ERecord::fields(),
-            hal::fields(field("Enabled", &R::enabled),
-                        field("Type", &R::type, "0 (*,*,RP), 1 (*,G), 2 (S,G), 3 SPT switchover, 4 register-triggered (S,G)"),
-                        field("RPAddress", &R::rp), onlyIf(&R::hasGroups, field("FirstGroup", &R::firstGroup)),
-                        onlyIf(&R::hasGroups, field("NumberOfGroups", &R::groupCount)),
-                        onlyIf(&R::hasSources, field("FirstSource", &R::firstSource)),
-                        onlyIf(&R::hasSources, field("NumberOfSources", &R::sourceCount)),
-                        onlyIf(&R::hasSources, field("Mapping", &R::mapping, "0 fully meshed, 1 one to one")),
-                        field("PruneAfterJoinDelay", &R::pruneAfterJoinDelay, "seconds; 0 never")));
+            hal::fields(
+                field("Enabled", &R::enabled),
+                field("Type", &R::type, "0 (*,*,RP), 1 (*,G), 2 (S,G), 3 SPT switchover, 4 register-triggered (S,G)"),
+                field("RPAddress", &R::rp), onlyIf(&R::hasGroups, field("FirstGroup", &R::firstGroup)),
+                onlyIf(&R::hasGroups, field("NumberOfGroups", &R::groupCount)),
+                onlyIf(&R::hasSources, field("FirstSource", &R::firstSource)),
+                onlyIf(&R::hasSources, field("NumberOfSources", &R::sourceCount)),
+                onlyIf(&R::hasSources, field("Mapping", &R::mapping, "0 fully meshed, 1 one to one")),
+                field("PruneAfterJoinDelay", &R::pruneAfterJoinDelay, "seconds; 0 never")));
     }
 };
 
@@ -222,9 +221,10 @@ struct EPimsmSourceRange : ERecord {
         using R = EPimsmSourceRange;
         return std::tuple_cat(
             ERecord::fields(),
-            hal::fields(field("Enabled", &R::enabled), field("RPAddress", &R::rp), field("FirstSource", &R::firstSource),
-                        field("NumberOfSources", &R::sourceCount), field("FirstGroup", &R::firstGroup),
-                        field("NumberOfGroups", &R::groupCount), field("RegistersPerSecond", &R::registersPerSecond),
+            hal::fields(field("Enabled", &R::enabled), field("RPAddress", &R::rp),
+                        field("FirstSource", &R::firstSource), field("NumberOfSources", &R::sourceCount),
+                        field("FirstGroup", &R::firstGroup), field("NumberOfGroups", &R::groupCount),
+                        field("RegistersPerSecond", &R::registersPerSecond),
                         field("NullRegisters", &R::nullRegisters)));
     }
 };
@@ -239,12 +239,12 @@ struct EPimsmInterface : ERecord {
 
     static constexpr auto fields() {
         using R = EPimsmInterface;
-        return std::tuple_cat(ERecord::fields(),
-                              hal::fields(field("Enabled", &R::enabled), field("Address", &R::address),
-                                          field("PrefixLength", &R::prefixLength),
-                                          field("NeighborAddress", &R::neighbor, "0.0.0.0 the first heard"),
-                                          field("JoinPruneList", &R::joinPrunes),
-                                          field("SourceRangeList", &R::sourceRanges)));
+        return std::tuple_cat(
+            ERecord::fields(),
+            hal::fields(field("Enabled", &R::enabled), field("Address", &R::address),
+                        field("PrefixLength", &R::prefixLength),
+                        field("NeighborAddress", &R::neighbor, "0.0.0.0 the first heard"),
+                        field("JoinPruneList", &R::joinPrunes), field("SourceRangeList", &R::sourceRanges)));
     }
 };
 
@@ -271,7 +271,7 @@ struct EPimsmRouter : ERecord {
     uint16_t helloHoldTime = 105;  // 3.5 hello intervals
     uint16_t joinPruneInterval = 60;
     uint16_t joinPruneHoldTime = 210;  // 3.5 join/prune intervals
-    uint8_t generationIdMode = 1;  // random, RFC 7761 4.3.1
+    uint8_t generationIdMode = 1;      // random, RFC 7761 4.3.1
     bool bootstrap = false;
     uint8_t bootstrapPriority = 64;
     uint8_t hashMaskLength = 30;

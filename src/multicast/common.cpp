@@ -51,8 +51,10 @@ bool rangeFits(const std::string& first, long long count, long long step, bool v
     if (span > top - v) return false;
     const Wide last = v + span;
     switch (space) {
-    case Space::Groups: return !isGroup(v, v6) || isGroup(last, v6);
-    case Space::LinkLocal: return !isLinkLocal(v) || isLinkLocal(last);
+    case Space::Groups:
+        return !isGroup(v, v6) || isGroup(last, v6);
+    case Space::LinkLocal:
+        return !isLinkLocal(v) || isLinkLocal(last);
     case Space::Unicast: {
         // Below the multicast block a range must not reach into it; above
         // it (IPv4 class E) it cannot.
@@ -65,8 +67,7 @@ bool rangeFits(const std::string& first, long long count, long long step, bool v
 
 void checkGroupAddress(Checks& k, const std::string& cls, const char* option, const std::string& text, bool v6) {
     Wide v;
-    if (!addressValue(text, v6, v))
-        k.fail(cls + "::Validate()   Invalid " + option + ".");
+    if (!addressValue(text, v6, v)) k.fail(cls + "::Validate()   Invalid " + option + ".");
     else if (!isGroup(v, v6))
         k.fail(cls + "::Validate()   " + option + " " + text + " is not a multicast address (" + groupSpace(v6) + ").");
 }

@@ -106,7 +106,8 @@ std::string readLearnedItems(Tcl_Obj* list, const std::vector<LearnedOption<Item
                              const char* listName, std::vector<Item>& out) {
     int count;
     Tcl_Obj** items;
-    if (Tcl_ListObjGetElements(nullptr, list, &count, &items) != TCL_OK) return std::string(listName) + " is not a list";
+    if (Tcl_ListObjGetElements(nullptr, list, &count, &items) != TCL_OK)
+        return std::string(listName) + " is not a list";
     out.assign(size_t(count), Item{});
     for (int i = 0; i < count; ++i) {
         std::string where = std::string(what) + " " + std::to_string(i + 1) + " of " + listName + ": ";

@@ -125,9 +125,12 @@ void describeGroupRange(binding::ClassDesc<GroupRange<F>>& c) {
     c.option("numberOfGroups", &T::numberOfGroups).check(range(1, 65535)).maps(&R::count);
     c.option("groupAddressStep", &T::groupAddressStep)
         .check(atLeast(1))
-        .check([](const T& t) { return rangeFits(t.groupAddress, t.numberOfGroups, t.groupAddressStep, F::v6, Space::Groups); },
-               name + "::Validate()   numberOfGroups groups from groupAddress by groupAddressStep leave " +
-                   groupSpace(F::v6) + ".")
+        .check(
+            [](const T& t) {
+                return rangeFits(t.groupAddress, t.numberOfGroups, t.groupAddressStep, F::v6, Space::Groups);
+            },
+            name + "::Validate()   numberOfGroups groups from groupAddress by groupAddressStep leave " +
+                groupSpace(F::v6) + ".")
         .maps(&R::step);
     // An include list without sources asks for nothing: it is a leave.
     c.option("sourceMode", &T::sourceMode)
@@ -146,8 +149,7 @@ void describeHost(binding::ClassDesc<Host<F>>& c) {
     const std::string name = c.record().name;
     c.template constructor<GroupRange<F>*>(F::v6 ? "pMldGroupRange" : "pIgmpGroupRange");
     c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
-    if constexpr (F::v6)
-        c.option("linkLocalAddress", &T::hostAddress).check(linkLocalAddress).maps(&R::address);
+    if constexpr (F::v6) c.option("linkLocalAddress", &T::hostAddress).check(linkLocalAddress).maps(&R::address);
     else
         c.option("hostIpAddress", &T::hostAddress)
             .check([](const std::string& s) { return unicastAddress(s, false); })
@@ -155,9 +157,13 @@ void describeHost(binding::ClassDesc<Host<F>>& c) {
     c.option("numberOfHosts", &T::numberOfHosts).check(range(1, 65535)).maps(&R::count);
     c.option("hostAddressStep", &T::hostAddressStep)
         .check(atLeast(1))
-        .check([](const T& t) { return rangeFits(t.hostAddress, t.numberOfHosts, t.hostAddressStep, F::v6, F::v6 ? Space::LinkLocal : Space::Unicast); },
-               name + "::Validate()   numberOfHosts hosts from " + (F::v6 ? "linkLocalAddress" : "hostIpAddress") +
-                   " by hostAddressStep leave " + (F::v6 ? "fe80::/10." : "the unicast addresses."))
+        .check(
+            [](const T& t) {
+                return rangeFits(t.hostAddress, t.numberOfHosts, t.hostAddressStep, F::v6,
+                                 F::v6 ? Space::LinkLocal : Space::Unicast);
+            },
+            name + "::Validate()   numberOfHosts hosts from " + (F::v6 ? "linkLocalAddress" : "hostIpAddress") +
+                " by hostAddressStep leave " + (F::v6 ? "fe80::/10." : "the unicast addresses."))
         .maps(&R::step);
     c.option("version", &T::version)
         .check(range(1, F::lastVersion))
@@ -225,7 +231,9 @@ const std::vector<LearnedOption<hal::EMulticastLearnedGroup>>& learnedGroupOptio
     using G = hal::EMulticastLearnedGroup;
     static const std::vector<LearnedOption<G>> options = {
         {"-groupAddress",
-         [](Tcl_Obj* v, G& g) { return multicastAddress(Tcl_GetString(v), F::v6) && learnedAddress(v, F::v6, g.group); }},
+         [](Tcl_Obj* v, G& g) {
+             return multicastAddress(Tcl_GetString(v), F::v6) && learnedAddress(v, F::v6, g.group);
+         }},
         {"-querierAddress", [](Tcl_Obj* v, G& g) { return learnedAddress(v, F::v6, g.querier); }},
         {"-version",
          [](Tcl_Obj* v, G& g) {
@@ -245,7 +253,8 @@ const std::vector<LearnedOption<hal::EMulticastLearnedGroup>>& learnedGroupOptio
              std::string text;
              for (int i = 0; i < n; ++i) {
                  hal::EIPAddress a;
-                 if (!unicastAddress(Tcl_GetString(items[i]), F::v6) || !learnedAddress(items[i], F::v6, a)) return false;
+                 if (!unicastAddress(Tcl_GetString(items[i]), F::v6) || !learnedAddress(items[i], F::v6, a))
+                     return false;
                  text += (i ? " " : "") + a.ToString();
              }
              g.sources = text;
@@ -264,7 +273,8 @@ template <class F>
 int learnGroups(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
     const char* kind = F::v6 ? kMldGroupsKind : kIgmpGroupsKind;
     if (objc != 1)
-        return learnFailure(interp, std::string("wrong # args: should be \"zkchassis::learn ") + kind + " C D P groupList\"");
+        return learnFailure(interp,
+                            std::string("wrong # args: should be \"zkchassis::learn ") + kind + " C D P groupList\"");
     std::vector<hal::EMulticastLearnedGroup> groups;
     std::string why = readLearnedItems(objv[0], learnedGroupOptions<F>(), "group", "groupList", groups);
     if (!why.empty()) return learnFailure(interp, why);
@@ -273,27 +283,21 @@ int learnGroups(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* cons
 
 }  // namespace mcast
 
-static binding::Describe<TCLIgmpSourceRange> describeIgmpSourceRange("TCLIgmpSourceRange", [](auto& c) {
-    mcast::describeSourceRange(c);
-});
-static binding::Describe<TCLIgmpGroupRange> describeIgmpGroupRange("TCLIgmpGroupRange", [](auto& c) {
-    mcast::describeGroupRange(c);
-});
+static binding::Describe<TCLIgmpSourceRange> describeIgmpSourceRange("TCLIgmpSourceRange",
+                                                                     [](auto& c) { mcast::describeSourceRange(c); });
+static binding::Describe<TCLIgmpGroupRange> describeIgmpGroupRange("TCLIgmpGroupRange",
+                                                                   [](auto& c) { mcast::describeGroupRange(c); });
 static binding::Describe<TCLIgmpHost> describeIgmpHost("TCLIgmpHost", [](auto& c) { mcast::describeHost(c); });
-static binding::Describe<TCLIgmpLearnedGroup> describeIgmpLearnedGroup("TCLIgmpLearnedGroup", [](auto& c) {
-    mcast::describeLearnedGroup(c);
-});
+static binding::Describe<TCLIgmpLearnedGroup> describeIgmpLearnedGroup("TCLIgmpLearnedGroup",
+                                                                       [](auto& c) { mcast::describeLearnedGroup(c); });
 static binding::Describe<TCLIgmpServer> describeIgmpServer("TCLIgmpServer", [](auto& c) { mcast::describeServer(c); });
-static binding::Describe<TCLMldSourceRange> describeMldSourceRange("TCLMldSourceRange", [](auto& c) {
-    mcast::describeSourceRange(c);
-});
-static binding::Describe<TCLMldGroupRange> describeMldGroupRange("TCLMldGroupRange", [](auto& c) {
-    mcast::describeGroupRange(c);
-});
+static binding::Describe<TCLMldSourceRange> describeMldSourceRange("TCLMldSourceRange",
+                                                                   [](auto& c) { mcast::describeSourceRange(c); });
+static binding::Describe<TCLMldGroupRange> describeMldGroupRange("TCLMldGroupRange",
+                                                                 [](auto& c) { mcast::describeGroupRange(c); });
 static binding::Describe<TCLMldHost> describeMldHost("TCLMldHost", [](auto& c) { mcast::describeHost(c); });
-static binding::Describe<TCLMldLearnedGroup> describeMldLearnedGroup("TCLMldLearnedGroup", [](auto& c) {
-    mcast::describeLearnedGroup(c);
-});
+static binding::Describe<TCLMldLearnedGroup> describeMldLearnedGroup("TCLMldLearnedGroup",
+                                                                     [](auto& c) { mcast::describeLearnedGroup(c); });
 static binding::Describe<TCLMldServer> describeMldServer("TCLMldServer", [](auto& c) { mcast::describeServer(c); });
 
 namespace {

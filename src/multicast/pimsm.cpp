@@ -34,21 +34,29 @@ static binding::Describe<TCLPimsmJoinPrune> describePimsmJoinPrune("TCLPimsmJoin
         .maps(&R::firstGroup);
     c.option("numberOfGroups", &T::numberOfGroups)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups); },
-               "TCLPimsmJoinPrune::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
+            },
+            "TCLPimsmJoinPrune::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
         .maps(&R::groupCount);
     c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast); },
-               "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
+            },
+            "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
         .maps(&R::sourceCount);
     // One to one pairs the n-th source with the n-th group.
     c.option("mapping", &T::mapping)
         .check(range(0, 1))
-        .check([](const T& t) {
-            return t.mapping != 1 || t.type < hal::kPimsmSG || t.numberOfSources == t.numberOfGroups;
-        }, "TCLPimsmJoinPrune::Validate()   pimsmMappingOneToOne needs numberOfSources equal to numberOfGroups.")
+        .check(
+            [](const T& t) {
+                return t.mapping != 1 || t.type < hal::kPimsmSG || t.numberOfSources == t.numberOfGroups;
+            },
+            "TCLPimsmJoinPrune::Validate()   pimsmMappingOneToOne needs numberOfSources equal to numberOfGroups.")
         .maps(&R::mapping);
     c.option("pruneAfterJoinDelay", &T::pruneAfterJoinDelay).check(range(0, 65535)).maps(&R::pruneAfterJoinDelay);
     c.method("setDefault", &T::setDefault);
@@ -63,8 +71,11 @@ static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsm
     c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
     c.option("numberOfSources", &T::numberOfSources)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast); },
-               "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
+            },
+            "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
         .maps(&R::sourceCount);
     c.option("groupAddress", &T::groupAddress)
         .checkWith([](const T& t, Checks& k) {
@@ -73,8 +84,11 @@ static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsm
         .maps(&R::firstGroup);
     c.option("numberOfGroups", &T::numberOfGroups)
         .check(range(1, 65535))
-        .check([](const T& t) { return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups); },
-               "TCLPimsmSourceRange::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
+            },
+            "TCLPimsmSourceRange::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
         .maps(&R::groupCount);
     c.option("registersPerSecond", &T::registersPerSecond).check(range(1, 100000)).maps(&R::registersPerSecond);
     c.option("enableNullRegisters", &T::enableNullRegisters).check(boolean).maps(&R::nullRegisters);
@@ -94,20 +108,21 @@ static binding::Describe<TCLPimsmInterface> describePimsmInterface("TCLPimsmInte
     describeCollection<&T::sourceRanges>(c, "SourceRange", "sourceRangeId", "clearAllSourceRanges");
 });
 
-static binding::Describe<TCLPimsmCandidateRpRange> describePimsmCandidateRpRange("TCLPimsmCandidateRpRange", [](auto& c) {
-    using T = TCLPimsmCandidateRpRange;
-    using R = hal::EPimsmCandidateRpRange;
-    c.constructor();
-    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
-    c.option("groupAddress", &T::groupAddress)
-        .checkWith([](const T& t, Checks& k) {
-            mcast::checkGroupAddress(k, "TCLPimsmCandidateRpRange", "groupAddress", t.groupAddress, false);
-        })
-        .maps(&R::group);
-    // Shorter than /4 would reach beyond the multicast space.
-    c.option("maskWidth", &T::maskWidth).check(range(4, 32)).maps(&R::prefixLength);
-    c.method("setDefault", &T::setDefault);
-});
+static binding::Describe<TCLPimsmCandidateRpRange> describePimsmCandidateRpRange(
+    "TCLPimsmCandidateRpRange", [](auto& c) {
+        using T = TCLPimsmCandidateRpRange;
+        using R = hal::EPimsmCandidateRpRange;
+        c.constructor();
+        c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+        c.option("groupAddress", &T::groupAddress)
+            .checkWith([](const T& t, Checks& k) {
+                mcast::checkGroupAddress(k, "TCLPimsmCandidateRpRange", "groupAddress", t.groupAddress, false);
+            })
+            .maps(&R::group);
+        // Shorter than /4 would reach beyond the multicast space.
+        c.option("maskWidth", &T::maskWidth).check(range(4, 32)).maps(&R::prefixLength);
+        c.method("setDefault", &T::setDefault);
+    });
 
 // ---- learned neighbours and RP set ----
 
@@ -293,7 +308,9 @@ const std::vector<mcast::LearnedOption<Neighbor>> kNeighborOptions = {
 const std::vector<mcast::LearnedOption<Rp>> kRpOptions = {
     {"-rpAddress", [](Tcl_Obj* v, Rp& r) { return learnedAddress(v, false, r.rp); }},
     {"-groupAddress",
-     [](Tcl_Obj* v, Rp& r) { return mcast::multicastAddress(Tcl_GetString(v), false) && learnedAddress(v, false, r.group); }},
+     [](Tcl_Obj* v, Rp& r) {
+         return mcast::multicastAddress(Tcl_GetString(v), false) && learnedAddress(v, false, r.group);
+     }},
     {"-maskWidth", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 4, 32, r.prefixLength); }},
     {"-priority", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 0, 255, r.priority); }},
     {"-holdTime", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 0, 65535, r.holdTime); }},
@@ -308,8 +325,8 @@ int learnPimsm(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const
                                                " C D P routerId " + listName + "\"");
     hal::EIPAddress routerId;
     if (!learnedAddress(objv[0], false, routerId))
-        return mcast::learnFailure(interp, std::string("invalid routerId \"") + Tcl_GetString(objv[0]) +
-                                               "\": expected an IPv4 address");
+        return mcast::learnFailure(
+            interp, std::string("invalid routerId \"") + Tcl_GetString(objv[0]) + "\": expected an IPv4 address");
     std::vector<Item> items;
     std::string why = mcast::readLearnedItems(objv[1], options, what, listName, items);
     if (!why.empty()) return mcast::learnFailure(interp, why);

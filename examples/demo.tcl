@@ -9,7 +9,7 @@ puts "== Port services on 1/1/1"
 TCLProtocolServer services
 services configure -enableArpResponse 1 -enablePingResponse 1 -enableRipService 1 -enableOspfService 1 \
     -enableBgp4Service 1 -enableRsvpService 1 -enableIsisService 1 -enableOspfV3Service 1 -enableLdpService 1 \
-    -enableStpService 1
+    -enableIgmpQueryResponse 1 -enableMldService 1 -enablePimsmService 1 -enableStpService 1
 puts "set:   [services set 1 1 1]"
 puts "write: [services write 1 1 1]"
 puts "what port 1/1/1 received:\n[zkchassis::written -pretty 1 1 1 services]"

@@ -44,6 +44,8 @@ const LearnKindOwner kLearnKindOwners[] = {
     {"bgpRoutes", Protocol::Bgp4, false}, {"bgpStats", Protocol::Bgp4, true}, {"ospfLsas", Protocol::Ospf, false}, {"ospfv3Lsas", Protocol::OspfV3, false},
     {"isisLsps", Protocol::Isis, false},  {"rsvpLabels", Protocol::Rsvp, false}, {"ldpLabels", Protocol::Ldp, false},
     {"stpBridge", Protocol::Stp, false}, {"stpInterfaces", Protocol::Stp, false},
+    {"igmpGroups", Protocol::Igmp, false}, {"mldGroups", Protocol::Mld, false},
+    {"pimsmNeighbors", Protocol::Pimsm, false}, {"pimsmRpSet", Protocol::Pimsm, false},
 };
 
 // "2026-11-23 18:40:01.123", UTC.

@@ -1,0 +1,313 @@
+#include "multicast/groups.h"
+
+#include <climits>
+
+#include "binding/collection_methods.h"
+
+namespace zk {
+namespace mcast {
+
+template <class F>
+constexpr Protocol groupProtocol() {
+    return F::v6 ? Protocol::Mld : Protocol::Igmp;
+}
+
+template <class F>
+GroupServer<F>::GroupServer(Host<F>* pHost, LearnedGroup<F>* pLearnedGroup)
+    : Server<hal::EGroupServer<F>>(groupProtocol<F>()), hosts(this, pHost), learned_(pLearnedGroup) {
+    setDefault();
+}
+
+template <class F>
+void GroupServer<F>::setDefault() {
+    binding::loadOptions(*this, hal::EGroupServer<F>{});
+    hosts.resetCursor();
+    learned_.forget();
+    numberOfLearnedGroups = 0;
+}
+
+template <class F>
+int GroupServer<F>::set() {
+    auto* c = this->config();
+    if (!c) return kNoPort;
+    if (!binding::validate(*this)) return kFail;
+    binding::storeOptions(*this, *c);
+    return kOk;
+}
+
+// get asks only that the port exists: an unavailable port still reads.
+template <class F>
+int GroupServer<F>::get() {
+    Port* port = currentPort();
+    if (!port) return kNoPort;
+    binding::loadOptions(*this, this->configAt(*port));
+    return kOk;
+}
+
+template <class F>
+const char* serverName() {
+    return F::v6 ? "TCLMldServer" : "TCLIgmpServer";
+}
+
+template <class F>
+int GroupServer<F>::requestLearnedGroups() {
+    std::string where = std::string(serverName<F>()) + "::requestLearnedGroups()";
+    const char* kind = F::v6 ? kMldGroupsKind : kIgmpGroupsKind;
+    if (int r = mayRequestLearned(where.c_str(), true, "", kind)) return r;
+    learned_.send(*currentPort(), kind, "", this->token());
+    numberOfLearnedGroups = 0;
+    return kOk;
+}
+
+template <class F>
+int GroupServer<F>::getLearnedGroupList() {
+    if (!learned_.fetch()) {
+        setLastErrorf("%s::getLearnedGroupList()   No learned groups have arrived yet.", serverName<F>());
+        return kFail;
+    }
+    numberOfLearnedGroups = learned_.count();
+    return kOk;
+}
+
+template <class F>
+int GroupServer<F>::getFirstLearnedGroup() {
+    return learned_.first() ? kOk : getNextLearnedGroup();
+}
+
+template <class F>
+int GroupServer<F>::getNextLearnedGroup() {
+    if (learned_.next()) return kOk;
+    setLastErrorf("%s::getNextLearnedGroup()   No more learned groups.", serverName<F>());
+    return kFail;
+}
+
+template class GroupServer<hal::IgmpFamily>;
+template class GroupServer<hal::MldFamily>;
+
+// ---- descriptions ----
+
+template <class F>
+void describeSourceRange(binding::ClassDesc<SourceRange<F>>& c) {
+    using T = SourceRange<F>;
+    using R = hal::EGroupSourceRange<F>;
+    const std::string name = c.record().name;
+    c.constructor();
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("sourceAddress", &T::sourceAddress)
+        .check([](const std::string& s) { return unicastAddress(s, F::v6); })
+        .maps(&R::firstSource);
+    c.option("numberOfSources", &T::numberOfSources)
+        .check(range(1, 65535))
+        .check([](const T& t) { return rangeFits(t.sourceAddress, t.numberOfSources, 1, F::v6, Space::Unicast); },
+               name + "::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
+        .maps(&R::count);
+    c.method("setDefault", &T::setDefault);
+}
+
+// Whether any group range of the host has sources: only IGMPv3 and MLDv2
+// carry them.
+template <class F>
+bool hasSources(const hal::EGroupHost<F>& host) {
+    bool any = false;
+    host.groupRanges.ForEach([&](const hal::EGroupRange<F>& g) { any = any || g.sourceRanges.Size() > 0; });
+    return any;
+}
+
+template <class F>
+void describeGroupRange(binding::ClassDesc<GroupRange<F>>& c) {
+    using T = GroupRange<F>;
+    using R = hal::EGroupRange<F>;
+    const std::string name = c.record().name;
+    c.template constructor<SourceRange<F>*>(F::v6 ? "pMldSourceRange" : "pIgmpSourceRange");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("groupAddress", &T::groupAddress)
+        .checkWith([name](const T& t, Checks& k) { checkGroupAddress(k, name, "groupAddress", t.groupAddress, F::v6); })
+        .maps(&R::firstGroup);
+    c.option("numberOfGroups", &T::numberOfGroups).check(range(1, 65535)).maps(&R::count);
+    c.option("groupAddressStep", &T::groupAddressStep)
+        .check(atLeast(1))
+        .check(
+            [](const T& t) {
+                return rangeFits(t.groupAddress, t.numberOfGroups, t.groupAddressStep, F::v6, Space::Groups);
+            },
+            name + "::Validate()   numberOfGroups groups from groupAddress by groupAddressStep leave " +
+                groupSpace(F::v6) + ".")
+        .maps(&R::step);
+    // An include list without sources asks for nothing: it is a leave.
+    c.option("sourceMode", &T::sourceMode)
+        .check(range(0, 1))
+        .check([](const T& t) { return t.sourceMode != hal::kSourceModeInclude || t.work().sourceRanges.Size() > 0; },
+               name + "::Validate()   multicastSourceModeInclude needs at least one source range.")
+        .maps(&R::sourceMode);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::sourceRanges>(c, "SourceRange", "sourceRangeId", "clearAllSourceRanges");
+}
+
+template <class F>
+void describeHost(binding::ClassDesc<Host<F>>& c) {
+    using T = Host<F>;
+    using R = hal::EGroupHost<F>;
+    const std::string name = c.record().name;
+    c.template constructor<GroupRange<F>*>(F::v6 ? "pMldGroupRange" : "pIgmpGroupRange");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    if constexpr (F::v6) c.option("linkLocalAddress", &T::hostAddress).check(linkLocalAddress).maps(&R::address);
+    else
+        c.option("hostIpAddress", &T::hostAddress)
+            .check([](const std::string& s) { return unicastAddress(s, false); })
+            .maps(&R::address);
+    c.option("numberOfHosts", &T::numberOfHosts).check(range(1, 65535)).maps(&R::count);
+    c.option("hostAddressStep", &T::hostAddressStep)
+        .check(atLeast(1))
+        .check(
+            [](const T& t) {
+                return rangeFits(t.hostAddress, t.numberOfHosts, t.hostAddressStep, F::v6,
+                                 F::v6 ? Space::LinkLocal : Space::Unicast);
+            },
+            name + "::Validate()   numberOfHosts hosts from " + (F::v6 ? "linkLocalAddress" : "hostIpAddress") +
+                " by hostAddressStep leave " + (F::v6 ? "fe80::/10." : "the unicast addresses."))
+        .maps(&R::step);
+    c.option("version", &T::version)
+        .check(range(1, F::lastVersion))
+        .check([](const T& t) { return t.version >= F::lastVersion || !hasSources(t.work()); },
+               name + "::Validate()   Source ranges need version " + (F::v6 ? "mldVersion2." : "igmpHostVersion3."))
+        .maps(&R::version);
+    c.option("reportMode", &T::reportMode).check(range(0, 2)).maps(&R::reportMode);
+    c.option("unsolicitedReportInterval", &T::unsolicitedReportInterval)
+        .check(range(1, 65535))
+        .maps(&R::unsolicitedReportInterval);
+    c.option("enableRouterAlert", &T::enableRouterAlert).check(boolean).maps(&R::routerAlert);
+    c.option("enableGeneralQueryResponse", &T::enableGeneralQueryResponse)
+        .check(boolean)
+        .maps(&R::generalQueryResponse);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::groupRanges>(c, "GroupRange", "groupRangeId", "clearAllGroupRanges");
+}
+
+template <class F>
+void describeLearnedGroup(binding::ClassDesc<LearnedGroup<F>>& c) {
+    using T = LearnedGroup<F>;
+    using R = hal::EMulticastLearnedGroup;
+    c.constructor();
+    c.readOnly("groupAddress", &T::groupAddress).maps(&R::group);
+    c.readOnly("querierAddress", &T::querierAddress).maps(&R::querier);
+    c.readOnly("version", &T::version).maps(&R::version);
+    c.readOnly("sourceMode", &T::sourceMode).maps(&R::sourceMode);
+    c.readOnly("sources", &T::sources).maps(&R::sources);
+    c.readOnly("groupTimer", &T::groupTimer).maps(&R::groupTimer);
+    c.method("setDefault", &T::setDefault);
+}
+
+template <class F>
+void describeServer(binding::ClassDesc<GroupServer<F>>& c) {
+    using T = GroupServer<F>;
+    using R = hal::EGroupServer<F>;
+    c.template constructor<Host<F>*, LearnedGroup<F>*>(F::v6 ? "pMldHost" : "pIgmpHost",
+                                                       F::v6 ? "pMldLearnedGroup" : "pIgmpLearnedGroup");
+    // RFC 3376 4.1.6 and RFC 3810 5.1.8: the QRV field is three bits.
+    c.option("robustnessVariable", &T::robustnessVariable).check(range(1, 7)).maps(&R::robustness);
+    // The largest values the exponential codes of the queries carry.
+    c.option("queryInterval", &T::queryInterval).check(range(1, 31744)).maps(&R::queryInterval);
+    c.option("queryResponseInterval", &T::queryResponseInterval)
+        .check(range(1, F::v6 ? 8387584 : 31744))
+        .maps(&R::queryResponseInterval);
+    c.option("reportsPerSecond", &T::reportsPerSecond).check(range(0, 1000000)).maps(&R::reportsPerSecond);
+    c.readOnly("numberOfLearnedGroups", &T::numberOfLearnedGroups);
+    c.method("setDefault", &T::setDefault);
+    c.method("select", &T::select, "chasID", "cardID", "portID");
+    c.method("set", &T::set);
+    c.method("get", &T::get);
+    describeCollection<&T::hosts>(c, "Host", "hostId", "clearAllHosts");
+    c.method("write", &T::write);
+    c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
+    c.method("requestLearnedGroups", &T::requestLearnedGroups);
+    c.method("getLearnedGroupList", &T::getLearnedGroupList);
+    c.method("getFirstLearnedGroup", &T::getFirstLearnedGroup);
+    c.method("getNextLearnedGroup", &T::getNextLearnedGroup);
+}
+
+// ---- zkchassis::learn igmpGroups / mldGroups C D P groupList ----
+
+template <class F>
+const std::vector<LearnedOption<hal::EMulticastLearnedGroup>>& learnedGroupOptions() {
+    using G = hal::EMulticastLearnedGroup;
+    static const std::vector<LearnedOption<G>> options = {
+        {"-groupAddress",
+         [](Tcl_Obj* v, G& g) {
+             return multicastAddress(Tcl_GetString(v), F::v6) && learnedAddress(v, F::v6, g.group);
+         }},
+        {"-querierAddress", [](Tcl_Obj* v, G& g) { return learnedAddress(v, F::v6, g.querier); }},
+        {"-version",
+         [](Tcl_Obj* v, G& g) {
+             long long n;
+             return learnedNumber(v, 1, F::lastVersion, n) && (g.version = uint8_t(n), true);
+         }},
+        {"-sourceMode",
+         [](Tcl_Obj* v, G& g) {
+             long long n;
+             return learnedNumber(v, 0, 1, n) && (g.sourceMode = uint8_t(n), true);
+         }},
+        {"-sources",
+         [](Tcl_Obj* v, G& g) {
+             int n;
+             Tcl_Obj** items;
+             if (Tcl_ListObjGetElements(nullptr, v, &n, &items) != TCL_OK) return false;
+             std::string text;
+             for (int i = 0; i < n; ++i) {
+                 hal::EIPAddress a;
+                 if (!unicastAddress(Tcl_GetString(items[i]), F::v6) || !learnedAddress(items[i], F::v6, a))
+                     return false;
+                 text += (i ? " " : "") + a.ToString();
+             }
+             g.sources = text;
+             return true;
+         }},
+        {"-groupTimer",
+         [](Tcl_Obj* v, G& g) {
+             long long n;
+             return learnedNumber(v, 0, UINT32_MAX, n) && (g.groupTimer = uint32_t(n), true);
+         }},
+    };
+    return options;
+}
+
+template <class F>
+int learnGroups(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
+    const char* kind = F::v6 ? kMldGroupsKind : kIgmpGroupsKind;
+    if (objc != 1)
+        return learnFailure(interp,
+                            std::string("wrong # args: should be \"zkchassis::learn ") + kind + " C D P groupList\"");
+    std::vector<hal::EMulticastLearnedGroup> groups;
+    std::string why = readLearnedItems(objv[0], learnedGroupOptions<F>(), "group", "groupList", groups);
+    if (!why.empty()) return learnFailure(interp, why);
+    return fileLearned(interp, port, kind, "", std::move(groups));
+}
+
+}  // namespace mcast
+
+static binding::Describe<TCLIgmpSourceRange> describeIgmpSourceRange("TCLIgmpSourceRange",
+                                                                     [](auto& c) { mcast::describeSourceRange(c); });
+static binding::Describe<TCLIgmpGroupRange> describeIgmpGroupRange("TCLIgmpGroupRange",
+                                                                   [](auto& c) { mcast::describeGroupRange(c); });
+static binding::Describe<TCLIgmpHost> describeIgmpHost("TCLIgmpHost", [](auto& c) { mcast::describeHost(c); });
+static binding::Describe<TCLIgmpLearnedGroup> describeIgmpLearnedGroup("TCLIgmpLearnedGroup",
+                                                                       [](auto& c) { mcast::describeLearnedGroup(c); });
+static binding::Describe<TCLIgmpServer> describeIgmpServer("TCLIgmpServer", [](auto& c) { mcast::describeServer(c); });
+static binding::Describe<TCLMldSourceRange> describeMldSourceRange("TCLMldSourceRange",
+                                                                   [](auto& c) { mcast::describeSourceRange(c); });
+static binding::Describe<TCLMldGroupRange> describeMldGroupRange("TCLMldGroupRange",
+                                                                 [](auto& c) { mcast::describeGroupRange(c); });
+static binding::Describe<TCLMldHost> describeMldHost("TCLMldHost", [](auto& c) { mcast::describeHost(c); });
+static binding::Describe<TCLMldLearnedGroup> describeMldLearnedGroup("TCLMldLearnedGroup",
+                                                                     [](auto& c) { mcast::describeLearnedGroup(c); });
+static binding::Describe<TCLMldServer> describeMldServer("TCLMldServer", [](auto& c) { mcast::describeServer(c); });
+
+namespace {
+struct RegisterLearnedMulticastGroups {
+    RegisterLearnedMulticastGroups() {
+        chassis::registerLearnKind(kIgmpGroupsKind, "groupList", mcast::learnGroups<hal::IgmpFamily>);
+        chassis::registerLearnKind(kMldGroupsKind, "groupList", mcast::learnGroups<hal::MldFamily>);
+    }
+} registerLearnedMulticastGroups;
+}  // namespace
+
+}  // namespace zk

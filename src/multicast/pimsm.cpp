@@ -1,0 +1,353 @@
+#include "multicast/pimsm.h"
+
+#include <climits>
+
+#include "binding/collection_methods.h"
+
+namespace zk {
+
+namespace {
+
+bool unicastV4(const std::string& text) { return mcast::unicastAddress(text, false); }
+
+// A hold time outlasts the interval of what refreshes it; out-of-range
+// values have their own message.
+bool holdOutlastsInterval(int hold, int interval) {
+    return hold < 1 || hold > 65535 || interval < 1 || interval > 65535 || hold > interval;
+}
+
+}  // namespace
+
+// ---- join/prune, register sources, interface, candidate-RP range ----
+
+static binding::Describe<TCLPimsmJoinPrune> describePimsmJoinPrune("TCLPimsmJoinPrune", [](auto& c) {
+    using T = TCLPimsmJoinPrune;
+    using R = hal::EPimsmJoinPrune;
+    c.constructor();
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("type", &T::type).check(range(hal::kPimsmRp, hal::kPimsmRegisterTriggeredSG)).maps(&R::type);
+    c.option("rpAddress", &T::rpAddress).check(unicastV4).maps(&R::rp);
+    c.option("groupAddress", &T::groupAddress)
+        .checkWith([](const T& t, Checks& k) {
+            mcast::checkGroupAddress(k, "TCLPimsmJoinPrune", "groupAddress", t.groupAddress, false);
+        })
+        .maps(&R::firstGroup);
+    c.option("numberOfGroups", &T::numberOfGroups)
+        .check(range(1, 65535))
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
+            },
+            "TCLPimsmJoinPrune::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
+        .maps(&R::groupCount);
+    c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
+    c.option("numberOfSources", &T::numberOfSources)
+        .check(range(1, 65535))
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
+            },
+            "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
+        .maps(&R::sourceCount);
+    // One to one pairs the n-th source with the n-th group.
+    c.option("mapping", &T::mapping)
+        .check(range(0, 1))
+        .check(
+            [](const T& t) {
+                return t.mapping != 1 || t.type < hal::kPimsmSG || t.numberOfSources == t.numberOfGroups;
+            },
+            "TCLPimsmJoinPrune::Validate()   pimsmMappingOneToOne needs numberOfSources equal to numberOfGroups.")
+        .maps(&R::mapping);
+    c.option("pruneAfterJoinDelay", &T::pruneAfterJoinDelay).check(range(0, 65535)).maps(&R::pruneAfterJoinDelay);
+    c.method("setDefault", &T::setDefault);
+});
+
+static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsmSourceRange", [](auto& c) {
+    using T = TCLPimsmSourceRange;
+    using R = hal::EPimsmSourceRange;
+    c.constructor();
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("rpAddress", &T::rpAddress).check(unicastV4).maps(&R::rp);
+    c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
+    c.option("numberOfSources", &T::numberOfSources)
+        .check(range(1, 65535))
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
+            },
+            "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
+        .maps(&R::sourceCount);
+    c.option("groupAddress", &T::groupAddress)
+        .checkWith([](const T& t, Checks& k) {
+            mcast::checkGroupAddress(k, "TCLPimsmSourceRange", "groupAddress", t.groupAddress, false);
+        })
+        .maps(&R::firstGroup);
+    c.option("numberOfGroups", &T::numberOfGroups)
+        .check(range(1, 65535))
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
+            },
+            "TCLPimsmSourceRange::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
+        .maps(&R::groupCount);
+    c.option("registersPerSecond", &T::registersPerSecond).check(range(1, 100000)).maps(&R::registersPerSecond);
+    c.option("enableNullRegisters", &T::enableNullRegisters).check(boolean).maps(&R::nullRegisters);
+    c.method("setDefault", &T::setDefault);
+});
+
+static binding::Describe<TCLPimsmInterface> describePimsmInterface("TCLPimsmInterface", [](auto& c) {
+    using T = TCLPimsmInterface;
+    using R = hal::EPimsmInterface;
+    c.template constructor<TCLPimsmJoinPrune*, TCLPimsmSourceRange*>("pPimsmJoinPrune", "pPimsmSourceRange");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("ipAddress", &T::ipAddress).check(unicastV4).maps(&R::address);
+    c.option("maskWidth", &T::maskWidth).check(range(1, 32)).maps(&R::prefixLength);
+    c.option("neighborAddress", &T::neighborAddress).check(unicastV4).maps(&R::neighbor);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::joinPrunes>(c, "JoinPrune", "joinPruneId", "clearAllJoinPrunes");
+    describeCollection<&T::sourceRanges>(c, "SourceRange", "sourceRangeId", "clearAllSourceRanges");
+});
+
+static binding::Describe<TCLPimsmCandidateRpRange> describePimsmCandidateRpRange(
+    "TCLPimsmCandidateRpRange", [](auto& c) {
+        using T = TCLPimsmCandidateRpRange;
+        using R = hal::EPimsmCandidateRpRange;
+        c.constructor();
+        c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+        c.option("groupAddress", &T::groupAddress)
+            .checkWith([](const T& t, Checks& k) {
+                mcast::checkGroupAddress(k, "TCLPimsmCandidateRpRange", "groupAddress", t.groupAddress, false);
+            })
+            .maps(&R::group);
+        // Shorter than /4 would reach beyond the multicast space.
+        c.option("maskWidth", &T::maskWidth).check(range(4, 32)).maps(&R::prefixLength);
+        c.method("setDefault", &T::setDefault);
+    });
+
+// ---- learned neighbours and RP set ----
+
+static binding::Describe<TCLPimsmLearnedNeighbor> describePimsmLearnedNeighbor("TCLPimsmLearnedNeighbor", [](auto& c) {
+    using T = TCLPimsmLearnedNeighbor;
+    using R = hal::EPimsmLearnedNeighbor;
+    c.constructor();
+    c.readOnly("neighborAddress", &T::neighborAddress).maps(&R::neighbor);
+    c.readOnly("interfaceAddress", &T::interfaceAddress).maps(&R::interfaceAddress);
+    c.readOnly("drPriority", &T::drPriority).maps(&R::drPriority);
+    c.readOnly("generationId", &T::generationId).maps(&R::generationId);
+    c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime);
+    c.method("setDefault", &T::setDefault);
+});
+
+static binding::Describe<TCLPimsmLearnedRp> describePimsmLearnedRp("TCLPimsmLearnedRp", [](auto& c) {
+    using T = TCLPimsmLearnedRp;
+    using R = hal::EPimsmLearnedRp;
+    c.constructor();
+    c.readOnly("rpAddress", &T::rpAddress).maps(&R::rp);
+    c.readOnly("groupAddress", &T::groupAddress).maps(&R::group);
+    c.readOnly("maskWidth", &T::maskWidth).maps(&R::prefixLength);
+    c.readOnly("priority", &T::priority).maps(&R::priority);
+    c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime);
+    c.method("setDefault", &T::setDefault);
+});
+
+// ---- router ----
+
+TCLPimsmRouter::TCLPimsmRouter(TCLPimsmInterface* pPimsmInterface, TCLPimsmCandidateRpRange* pPimsmCandidateRpRange,
+                               TCLPimsmLearnedNeighbor* pPimsmLearnedNeighbor, TCLPimsmLearnedRp* pPimsmLearnedRp)
+    : interfaces(this, pPimsmInterface),
+      candidateRpRanges(this, pPimsmCandidateRpRange),
+      neighbors_(pPimsmLearnedNeighbor),
+      rps_(pPimsmLearnedRp) {
+    setDefault();
+}
+
+void TCLPimsmRouter::setDefault() {
+    Staged::setDefault();
+    forgetLearned();
+}
+
+void TCLPimsmRouter::forgetLearned() {
+    neighbors_.forget();
+    rps_.forget();
+    numberOfLearnedNeighbors = 0;
+    numberOfLearnedRps = 0;
+}
+
+// Another router's record: what was learned belonged to the one before.
+void TCLPimsmRouter::FromRecord(const hal::EPimsmRouter& r) {
+    if (!(r.GetID() == work().GetID())) forgetLearned();
+    Staged::FromRecord(r);
+}
+
+int TCLPimsmRouter::request(const char* method, const char* kind) {
+    std::string where = std::string("TCLPimsmRouter::") + method + "()";
+    if (int r = mayRequestLearned(where.c_str(), work().GetID().IsValid(),
+                                  "The router has not been loaded from the server.", kind))
+        return r;
+    if (kind == kPimsmNeighborsKind) {
+        neighbors_.send(*currentPort(), kind, work().routerId.ToString(), token());
+        numberOfLearnedNeighbors = 0;
+    } else {
+        rps_.send(*currentPort(), kind, work().routerId.ToString(), token());
+        numberOfLearnedRps = 0;
+    }
+    return kOk;
+}
+
+int TCLPimsmRouter::requestLearnedNeighbors() { return request("requestLearnedNeighbors", kPimsmNeighborsKind); }
+int TCLPimsmRouter::requestLearnedRps() { return request("requestLearnedRps", kPimsmRpSetKind); }
+
+int TCLPimsmRouter::getLearnedNeighborList() {
+    if (!neighbors_.fetch()) {
+        setLastError("TCLPimsmRouter::getLearnedNeighborList()   No learned neighbors have arrived yet.");
+        return kFail;
+    }
+    numberOfLearnedNeighbors = neighbors_.count();
+    return kOk;
+}
+
+int TCLPimsmRouter::getLearnedRpList() {
+    if (!rps_.fetch()) {
+        setLastError("TCLPimsmRouter::getLearnedRpList()   No learned RP set has arrived yet.");
+        return kFail;
+    }
+    numberOfLearnedRps = rps_.count();
+    return kOk;
+}
+
+int TCLPimsmRouter::getFirstLearnedNeighbor() { return neighbors_.first() ? kOk : getNextLearnedNeighbor(); }
+int TCLPimsmRouter::getNextLearnedNeighbor() {
+    if (neighbors_.next()) return kOk;
+    setLastError("TCLPimsmRouter::getNextLearnedNeighbor()   No more learned neighbors.");
+    return kFail;
+}
+int TCLPimsmRouter::getFirstLearnedRp() { return rps_.first() ? kOk : getNextLearnedRp(); }
+int TCLPimsmRouter::getNextLearnedRp() {
+    if (rps_.next()) return kOk;
+    setLastError("TCLPimsmRouter::getNextLearnedRp()   No more learned RPs.");
+    return kFail;
+}
+
+static binding::Describe<TCLPimsmRouter> describePimsmRouter("TCLPimsmRouter", [](auto& c) {
+    using T = TCLPimsmRouter;
+    using R = hal::EPimsmRouter;
+    c.template constructor<TCLPimsmInterface*, TCLPimsmCandidateRpRange*, TCLPimsmLearnedNeighbor*, TCLPimsmLearnedRp*>(
+        "pPimsmInterface", "pPimsmCandidateRpRange", "pPimsmLearnedNeighbor", "pPimsmLearnedRp");
+    c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
+    c.option("routerId", &T::routerId).check(unicastV4).maps(&R::routerId);
+    c.option("drPriority", &T::drPriority).check(range(0, UINT32_MAX)).maps(&R::drPriority);
+    c.option("helloInterval", &T::helloInterval).check(range(1, 65535)).maps(&R::helloInterval);
+    c.option("helloHoldTime", &T::helloHoldTime)
+        .check(range(1, 65535))
+        .check([](const T& t) { return holdOutlastsInterval(t.helloHoldTime, t.helloInterval); },
+               "TCLPimsmRouter::Validate()   helloHoldTime must be more than helloInterval.")
+        .maps(&R::helloHoldTime);
+    c.option("joinPruneInterval", &T::joinPruneInterval).check(range(1, 65535)).maps(&R::joinPruneInterval);
+    c.option("joinPruneHoldTime", &T::joinPruneHoldTime)
+        .check(range(1, 65535))
+        .check([](const T& t) { return holdOutlastsInterval(t.joinPruneHoldTime, t.joinPruneInterval); },
+               "TCLPimsmRouter::Validate()   joinPruneHoldTime must be more than joinPruneInterval.")
+        .maps(&R::joinPruneHoldTime);
+    c.option("generationIdMode", &T::generationIdMode).check(range(0, 2)).maps(&R::generationIdMode);
+    c.option("enableBootstrap", &T::enableBootstrap).check(boolean).maps(&R::bootstrap);
+    c.option("bootstrapPriority", &T::bootstrapPriority).check(range(0, 255)).maps(&R::bootstrapPriority);
+    c.option("hashMaskLength", &T::hashMaskLength).check(range(0, 32)).maps(&R::hashMaskLength);
+    c.option("bootstrapInterval", &T::bootstrapInterval).check(range(1, 65535)).maps(&R::bootstrapInterval);
+    c.option("enableCandidateRp", &T::enableCandidateRp).check(boolean).maps(&R::candidateRp);
+    c.option("candidateRpPriority", &T::candidateRpPriority).check(range(0, 255)).maps(&R::candidateRpPriority);
+    c.option("candidateRpInterval", &T::candidateRpInterval).check(range(1, 65535)).maps(&R::candidateRpInterval);
+    c.option("candidateRpHoldTime", &T::candidateRpHoldTime)
+        .check(range(1, 65535))
+        .check([](const T& t) { return holdOutlastsInterval(t.candidateRpHoldTime, t.candidateRpInterval); },
+               "TCLPimsmRouter::Validate()   candidateRpHoldTime must be more than candidateRpInterval.")
+        .maps(&R::candidateRpHoldTime);
+    c.readOnly("numberOfLearnedNeighbors", &T::numberOfLearnedNeighbors);
+    c.readOnly("numberOfLearnedRps", &T::numberOfLearnedRps);
+    c.method("setDefault", &T::setDefault);
+    describeCollection<&T::interfaces>(c, "Interface", "interfaceId", "clearAllInterfaces");
+    describeCollection<&T::candidateRpRanges>(c, "CandidateRpRange", "candidateRpRangeId", "clearAllCandidateRpRanges");
+    c.method("requestLearnedNeighbors", &T::requestLearnedNeighbors);
+    c.method("getLearnedNeighborList", &T::getLearnedNeighborList);
+    c.method("getFirstLearnedNeighbor", &T::getFirstLearnedNeighbor);
+    c.method("getNextLearnedNeighbor", &T::getNextLearnedNeighbor);
+    c.method("requestLearnedRps", &T::requestLearnedRps);
+    c.method("getLearnedRpList", &T::getLearnedRpList);
+    c.method("getFirstLearnedRp", &T::getFirstLearnedRp);
+    c.method("getNextLearnedRp", &T::getNextLearnedRp);
+});
+
+static binding::Describe<TCLPimsmServer> describePimsmServer("TCLPimsmServer", [](auto& c) {
+    describeRouterServer<&TCLPimsmServer::routers>(c, "pPimsmRouter");
+});
+
+// ---- zkchassis::learn pimsmNeighbors / pimsmRpSet C D P routerId list ----
+
+namespace {
+
+using Neighbor = hal::EPimsmLearnedNeighbor;
+using Rp = hal::EPimsmLearnedRp;
+using mcast::learnedAddress;
+using mcast::learnedNumber;
+
+template <class Field>
+bool storeNumber(Tcl_Obj* v, long long lo, long long hi, Field& out) {
+    long long n;
+    if (!learnedNumber(v, lo, hi, n)) return false;
+    out = Field(n);
+    return true;
+}
+
+const std::vector<mcast::LearnedOption<Neighbor>> kNeighborOptions = {
+    {"-neighborAddress", [](Tcl_Obj* v, Neighbor& n) { return learnedAddress(v, false, n.neighbor); }},
+    {"-interfaceAddress", [](Tcl_Obj* v, Neighbor& n) { return learnedAddress(v, false, n.interfaceAddress); }},
+    {"-drPriority", [](Tcl_Obj* v, Neighbor& n) { return storeNumber(v, 0, UINT32_MAX, n.drPriority); }},
+    {"-generationId", [](Tcl_Obj* v, Neighbor& n) { return storeNumber(v, 0, UINT32_MAX, n.generationId); }},
+    {"-holdTime", [](Tcl_Obj* v, Neighbor& n) { return storeNumber(v, 0, 65535, n.holdTime); }},
+};
+
+const std::vector<mcast::LearnedOption<Rp>> kRpOptions = {
+    {"-rpAddress", [](Tcl_Obj* v, Rp& r) { return learnedAddress(v, false, r.rp); }},
+    {"-groupAddress",
+     [](Tcl_Obj* v, Rp& r) {
+         return mcast::multicastAddress(Tcl_GetString(v), false) && learnedAddress(v, false, r.group);
+     }},
+    {"-maskWidth", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 4, 32, r.prefixLength); }},
+    {"-priority", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 0, 255, r.priority); }},
+    {"-holdTime", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 0, 65535, r.holdTime); }},
+};
+
+// Both kinds: C D P routerId list, the list's items read with `options`.
+template <class Item>
+int learnPimsm(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[], const char* kind,
+               const char* what, const char* listName, const std::vector<mcast::LearnedOption<Item>>& options) {
+    if (objc != 2)
+        return mcast::learnFailure(interp, std::string("wrong # args: should be \"zkchassis::learn ") + kind +
+                                               " C D P routerId " + listName + "\"");
+    hal::EIPAddress routerId;
+    if (!learnedAddress(objv[0], false, routerId))
+        return mcast::learnFailure(
+            interp, std::string("invalid routerId \"") + Tcl_GetString(objv[0]) + "\": expected an IPv4 address");
+    std::vector<Item> items;
+    std::string why = mcast::readLearnedItems(objv[1], options, what, listName, items);
+    if (!why.empty()) return mcast::learnFailure(interp, why);
+    return mcast::fileLearned(interp, port, kind, routerId.ToString(), std::move(items));
+}
+
+struct RegisterLearnedPimsm {
+    RegisterLearnedPimsm() {
+        chassis::registerLearnKind(kPimsmNeighborsKind, "routerId neighborList",
+                                   [](Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
+                                       return learnPimsm(interp, port, objc, objv, kPimsmNeighborsKind, "neighbor",
+                                                         "neighborList", kNeighborOptions);
+                                   });
+        chassis::registerLearnKind(kPimsmRpSetKind, "routerId rpList",
+                                   [](Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
+                                       return learnPimsm(interp, port, objc, objv, kPimsmRpSetKind, "RP", "rpList",
+                                                         kRpOptions);
+                                   });
+    }
+} registerLearnedPimsm;
+
+}  // namespace
+
+}  // namespace zk

@@ -50,7 +50,7 @@ struct AttrRecord {
     const char* kind = "";  // "int", "text" ... for the reference
     size_t maxLength = 0;   // text options, in characters: 0 is no limit
     std::string getUsage, setUsage;
-    std::shared_ptr<void> access;  // the member pointer or accessor functions
+    const void* access = nullptr;  // the member pointer or accessor functions (kept by the class)
     Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
     void (*result)(const AttrRecord&, Tcl_Interp*, Object*) = nullptr;  // the value as the interpreter result
     bool (*set)(const AttrRecord&, Tcl_Interp*, Object*, Tcl_Obj*, ConvertError&) = nullptr;  // null: read-only
@@ -63,23 +63,31 @@ struct MethodRecord {
     int required = 0;
     std::string usage;
     const char* resultKind = "";
-    std::shared_ptr<void> fn;
+    const void* fn = nullptr;  // the function (kept by the class)
     // Converts objv (the arguments after self), calls, and sets the result.
     int (*call)(const MethodRecord&, Tcl_Interp*, Object*, int, Tcl_Obj* const[]) = nullptr;
 };
 
 // One check of Validate: it writes its message to the last-error text when
-// the object's options fail it.
+// the object's options fail it. A plain function and the data it reads (the
+// predicate, member and message, kept by the class record): one small
+// function per kind of check, where a std::function would cost a family of
+// them per option and make every class description slow to compile.
 struct CheckRecord {
     const AttrRecord* attr;
-    std::function<void(const Object&, Checks&)> run;
+    void (*fn)(const void* data, const Object&, Checks&);
+    const void* data;
+    void run(const Object& o, Checks& c) const { fn(data, o, c); }
 };
 
 // How an option maps onto the class's record, each way (the record is the
-// class's Record type, passed untyped).
+// class's Record type, passed untyped), in the same form.
 struct MappingRecord {
-    std::function<void(const Object&, void*)> into;
-    std::function<void(Object&, const void*)> back;
+    void (*intoFn)(const void* data, const Object&, void* record);
+    void (*backFn)(const void* data, Object&, const void* record);
+    const void* data;
+    void into(const Object& o, void* record) const { intoFn(data, o, record); }
+    void back(Object& o, const void* record) const { backFn(data, o, record); }
 };
 
 struct ClassRecord {
@@ -96,6 +104,16 @@ struct ClassRecord {
     std::unordered_map<std::string_view, const AttrRecord*> attrIndex;
     std::vector<CheckRecord> checks;      // in the order Validate runs them
     std::vector<MappingRecord> mappings;  // in the order the options were declared
+
+    // Keeps x for as long as the class record lives (the process).
+    template <class X>
+    const X* keep(X x) {
+        auto* p = new X(std::move(x));
+        own(p, [](void* q) { delete static_cast<X*>(q); });
+        return p;
+    }
+    void own(void* p, void (*destroy)(void*)) { owned.push_back({p, destroy}); }
+    std::vector<std::unique_ptr<void, void (*)(void*)>> owned;
 
     // The class's own entries first, then those of its bases.
     const MethodRecord* findMethod(std::string_view n) const;
@@ -169,7 +187,7 @@ struct Field {
 
 template <class T, class B, class M>
 const M& fieldOf(const AttrRecord& a, Object* o) {
-    return static_cast<T*>(o)->*(static_cast<Field<B, M>*>(a.access.get())->ptr);
+    return static_cast<T*>(o)->*(static_cast<const Field<B, M>*>(a.access)->ptr);
 }
 
 template <class T, class B, class M>
@@ -193,7 +211,7 @@ bool setField(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, Co
             return false;
         }
     }
-    auto* f = static_cast<Field<B, M>*>(a.access.get());
+    const auto* f = static_cast<const Field<B, M>*>(a.access);
     static_cast<T*>(o)->*(f->ptr) = std::move(value);
     return true;
 }
@@ -206,7 +224,7 @@ struct Accessors {
 
 template <class T, class M>
 M accessorOf(const AttrRecord& a, Object* o) {
-    return static_cast<Accessors<T, M>*>(a.access.get())->get(*static_cast<T*>(o));
+    return static_cast<const Accessors<T, M>*>(a.access)->get(*static_cast<T*>(o));
 }
 
 template <class T, class M>
@@ -223,7 +241,7 @@ template <class T, class M>
 bool setAccessor(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, ConvertError& e) {
     M value;
     if (!Convert<M>::from(interp, v, value, e)) return false;
-    static_cast<Accessors<T, M>*>(a.access.get())->set(*static_cast<T*>(o), std::move(value));
+    static_cast<const Accessors<T, M>*>(a.access)->set(*static_cast<T*>(o), std::move(value));
     return true;
 }
 
@@ -249,11 +267,27 @@ void backFromField(O& o, const F& f) {
 }
 
 // r.*p1.*p2 ... : a field of the record or of a record nested in it.
-template <class R, class P, class... Ps>
-decltype(auto) fieldAt(R& r, P p, Ps... ps) {
-    if constexpr (sizeof...(Ps) == 0) return (r.*p);
-    else return fieldAt(r.*p, ps...);
-}
+template <class... P>
+struct Path;
+template <class P>
+struct Path<P> {
+    explicit Path(P p) : head(p) {}
+    template <class R>
+    auto& at(R& r) const {
+        return r.*head;
+    }
+    P head;
+};
+template <class P, class... Ps>
+struct Path<P, Ps...> {
+    explicit Path(P p, Ps... ps) : head(p), tail(ps...) {}
+    template <class R>
+    auto& at(R& r) const {
+        return tail.at(r.*head);
+    }
+    P head;
+    Path<Ps...> tail;
+};
 
 }  // namespace detail
 
@@ -273,19 +307,16 @@ public:
     template <class P>
     OptionRef& check(P good, std::string message = {}) {
         if (message.empty()) message = cls_.name + "::Validate()   Invalid " + attr_.name + ".";
-        M B::*member = member_;
-        cls_.checks.push_back({&attr_, [good, member, message](const Object& o, Checks& c) {
-                                   const T& t = static_cast<const T&>(o);
-                                   if constexpr (std::is_invocable_r_v<bool, P, const T&>) c.that(good(t), message);
-                                   else c.that(good(t.*member), message);
-                               }});
+        cls_.checks.push_back({&attr_, &runCheck<P>, cls_.keep(CheckData<P>{good, member_, std::move(message)})});
         return *this;
     }
 
     // A check that needs more than a predicate: a message built at run
-    // time, or one that ends validation at once (Checks::stop).
-    OptionRef& checkWith(std::function<void(const T&, Checks&)> run) {
-        cls_.checks.push_back({&attr_, [run](const Object& o, Checks& c) { run(static_cast<const T&>(o), c); }});
+    // time, or one that ends validation at once (Checks::stop). `run` is
+    // called as run(const T&, Checks&).
+    template <class F>
+    OptionRef& checkWith(F run) {
+        cls_.checks.push_back({&attr_, &runCheckWith<F>, cls_.keep(std::move(run))});
         return *this;
     }
 
@@ -300,17 +331,8 @@ public:
     // field value, back(field value) the option value.
     template <class Into, class Back, class... P>
     OptionRef& mapsVia(Into into, Back back, P... path) {
-        using R = typename T::Record;
-        M B::*member = member_;
-        cls_.mappings.push_back(
-            {[=](const Object& o, void* rec) {
-                 auto& f = detail::fieldAt(*static_cast<R*>(rec), path...);
-                 detail::intoField(f, into(static_cast<const T&>(o).*member));
-             },
-             [=](Object& o, const void* rec) {
-                 const auto& f = detail::fieldAt(*static_cast<const R*>(rec), path...);
-                 detail::backFromField(static_cast<T&>(o).*member, back(f));
-             }});
+        using D = MapData<Into, Back, P...>;
+        cls_.mappings.push_back({&D::into, &D::back, cls_.keep(D{into, back, member_, detail::Path<P...>(path...)})});
         return *this;
     }
 
@@ -321,6 +343,46 @@ public:
     }
 
 private:
+    template <class P>
+    struct CheckData {
+        P good;
+        M B::*member;
+        std::string message;
+    };
+    template <class P>
+    static void runCheck(const void* data, const Object& o, Checks& c) {
+        const auto& d = *static_cast<const CheckData<P>*>(data);
+        const T& t = static_cast<const T&>(o);
+        if constexpr (std::is_invocable_r_v<bool, P, const T&>) c.that(d.good(t), d.message);
+        else c.that(d.good(t.*d.member), d.message);
+    }
+    template <class F>
+    static void runCheckWith(const void* data, const Object& o, Checks& c) {
+        (*static_cast<const F*>(data))(static_cast<const T&>(o), c);
+    }
+
+    template <class Into, class Back, class... P>
+    struct MapData {
+        using R = typename T::Record;
+        Into intoValue;
+        Back backValue;
+        M B::*member;
+        detail::Path<P...> path;
+
+        template <class Rec>
+        auto& field(Rec& r) const {
+            return path.at(r);
+        }
+        static void into(const void* data, const Object& o, void* record) {
+            const auto& d = *static_cast<const MapData*>(data);
+            detail::intoField(d.field(*static_cast<R*>(record)), d.intoValue(static_cast<const T&>(o).*d.member));
+        }
+        static void back(const void* data, Object& o, const void* record) {
+            const auto& d = *static_cast<const MapData*>(data);
+            detail::backFromField(static_cast<T&>(o).*d.member, d.backValue(d.field(*static_cast<const R*>(record))));
+        }
+    };
+
     ClassRecord& cls_;
     AttrRecord& attr_;
     M B::*member_;
@@ -356,7 +418,7 @@ public:
     OptionRef<T, B, M> readOnly(const char* name, M B::*field) {
         static_assert(std::is_base_of_v<B, T>);
         AttrRecord& a = attr(name, Convert<M>::kind);
-        a.access = std::make_shared<detail::Field<B, M>>(detail::Field<B, M>{field});
+        a.access = r_.keep(detail::Field<B, M>{field});
         a.get = &detail::getField<T, B, M>;
         a.result = &detail::fieldResult<T, B, M>;
         return {r_, a, field};
@@ -381,7 +443,7 @@ public:
     template <class M>
     AttrRecord& option(const char* name, M (*get)(const T&), void (*set)(T&, M)) {
         AttrRecord& a = attr(name, Convert<M>::kind);
-        a.access = std::make_shared<detail::Accessors<T, M>>(detail::Accessors<T, M>{get, set});
+        a.access = r_.keep(detail::Accessors<T, M>{get, set});
         a.get = &detail::getAccessor<T, M>;
         a.result = &detail::accessorResult<T, M>;
         if (set) a.set = &detail::setAccessor<T, M>;
@@ -395,9 +457,9 @@ public:
         static_assert(sizeof...(A) == sizeof...(N), "one name per method argument");
         using Fn = R (B::*)(A...);
         MethodRecord& m = addMethod(name, {ArgName(names)...}, resultKind<R>());
-        m.fn = std::make_shared<Fn>(fn);
+        m.fn = r_.keep(fn);
         m.call = [](const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
-            Fn f = *static_cast<Fn*>(m.fn.get());
+            Fn f = *static_cast<const Fn*>(m.fn);
             T* t = static_cast<T*>(self);
             return detail::invoke<R, A...>(interp, m, objc, objv,
                                            [t, f](auto&&... a) -> R { return (t->*f)(a...); });
@@ -413,9 +475,9 @@ public:
         static_assert(sizeof...(A) == sizeof...(N), "one name per method argument");
         using Fn = R (*)(B&, A...);
         MethodRecord& m = addMethod(name, {ArgName(names)...}, resultKind<R>());
-        m.fn = std::make_shared<Fn>(fn);
+        m.fn = r_.keep(fn);
         m.call = [](const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
-            Fn f = *static_cast<Fn*>(m.fn.get());
+            Fn f = *static_cast<const Fn*>(m.fn);
             T* t = static_cast<T*>(self);
             return detail::invoke<R, A...>(interp, m, objc, objv, [t, f](auto&&... a) -> R { return f(*t, a...); });
         };

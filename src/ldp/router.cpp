@@ -51,22 +51,10 @@ void TCLLdpRouter::FromRecord(const hal::ELdpRouter& r) {
 // ---- learned labels ----
 
 int TCLLdpRouter::requestLearnedLabels() {
-    Port* port = currentPort();
-    if (!port) {
-        setLastError("TCLLdpRouter::requestLearnedLabels()   You have not selected the port.");
-        return kNoPort;
-    }
-    if (!work().GetID().IsValid()) {
-        setLastError("TCLLdpRouter::requestLearnedLabels()   The router has not been loaded from the server.");
-        return kNoPort;
-    }
-    if (!port->available || port->writeFails) {
-        setLastErrorf("TCLLdpRouter::requestLearnedLabels()   The request could not be sent to port %s.",
-                      portName(*port));
-        return kFail;
-    }
-    if (int r = portAnswers("TCLLdpRouter::requestLearnedLabels()", *port, kLdpLabelsKind)) return r;
-    learned_.reply().send(*port, kLdpLabelsKind, work().routerId.ToString(), token());
+    if (int r = mayRequestLearned("TCLLdpRouter::requestLearnedLabels()", work().GetID().IsValid(),
+                                  "The router has not been loaded from the server.", kLdpLabelsKind))
+        return r;
+    learned_.reply().send(*currentPort(), kLdpLabelsKind, work().routerId.ToString(), token());
     return kOk;
 }
 

@@ -11,6 +11,12 @@ std::optional<int> interfaceIdOf(const std::string& description) {
     return i->localId;
 }
 
+int localInterfaceId(const std::string& description) {
+    const Port* port = currentPort();
+    const chassis::ProtocolInterface* i = port ? port->findInterface(description) : nullptr;
+    return i ? i->localId : 0;
+}
+
 std::string interfaceDescriptionOf(std::optional<int> localId) {
     const Port* port = usablePort();
     if (!port || !localId) return "";

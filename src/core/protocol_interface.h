@@ -1,4 +1,4 @@
-// What the RIP and RIPng classes share.
+// The port's protocol interfaces as the protocol classes name them.
 #pragma once
 
 #include <optional>
@@ -10,6 +10,9 @@ namespace zk {
 // a script names by their description.
 // The local id of the current port's interface of that description, if any.
 std::optional<int> interfaceIdOf(const std::string& description);
+// The same on the current port whether usable or not, 0 when it has none:
+// the interface id a link-state or LDP interface record carries.
+int localInterfaceId(const std::string& description);
 // The description of the current port's interface with that local id, or "".
 std::string interfaceDescriptionOf(std::optional<int> localId);
 

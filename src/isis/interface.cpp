@@ -2,16 +2,14 @@
 
 #include "core/parse.h"
 #include "core/port.h"
+#include "core/protocol_interface.h"
 #include "isis/forms.h"
 
 namespace zk {
 
 int TCLIsisInterface::intoRecordRest(hal::EISISInterface& r) {
     fillBandwidths(r.te);
-    // The port's interface of that description, 0 when the port has none.
-    const Port* port = currentPort();
-    const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
-    r.interfaceId = onPort ? onPort->localId : 0;
+    r.interfaceId = localInterfaceId(protocolInterfaceDescription);
     static const isis::PortFeature<hal::EISISInterface> kFeatures[] = {
         {"enableTrafficEngineering", isis::restoreDefault<&hal::EISISInterface::teEnabled>}};
     isis::applyPortFeatures(r, "TCLIsisInterface::SetIsisInterface():", kFeatures);

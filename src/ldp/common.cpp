@@ -30,10 +30,4 @@ bool ipv4Mask(const std::string& text) {
     return (inverted & (inverted + 1)) == 0;
 }
 
-int portInterfaceId(const std::string& description) {
-    const Port* port = currentPort();
-    const chassis::ProtocolInterface* onPort = port ? port->findInterface(description) : nullptr;
-    return onPort ? onPort->localId : 0;
-}
-
 }  // namespace zk::ldp

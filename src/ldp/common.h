@@ -40,7 +40,4 @@ bool labelsFit(int labelMode, long long first, long long count);
 // A contiguous IPv4 mask (255.255.252.0, not 255.0.255.0).
 bool ipv4Mask(const std::string& text);
 
-// The port's interface of that description: its local id, 0 when none.
-int portInterfaceId(const std::string& description);
-
 }  // namespace zk::ldp

@@ -1,6 +1,7 @@
 #include "ldp/interface.h"
 
 #include "binding/collection_methods.h"
+#include "core/protocol_interface.h"
 #include "ldp/common.h"
 
 namespace zk {
@@ -24,7 +25,7 @@ bool notBelow(int min, int max, int limit) {
 // VPI/VCI ranges and VC direction are labels of ATM links only (RFC 3035):
 // elsewhere the interface is sent without them.
 int TCLLdpInterface::intoRecordRest(hal::ELdpInterface& r) {
-    r.interfaceId = ldp::portInterfaceId(protocolInterfaceDescription);
+    r.interfaceId = localInterfaceId(protocolInterfaceDescription);
     const hal::ELdpInterface defaults;
     if (!ldp::portHasFeature("TCLLdpInterface::SetLdpInterface()", isAtmPort,
                              {{"atmVcDirection", atmVcDirection != defaults.atmDirection},

@@ -7,6 +7,7 @@
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
+#include "core/protocol_interface.h"
 
 namespace zk {
 
@@ -28,10 +29,7 @@ void TCLOspfInterface::setDefault() {
 
 int TCLOspfInterface::intoRecordRest(hal::EOSPFInterface& r) {
     fillBandwidths(r.te);
-    // The port's interface of that description, 0 when the port has none.
-    const Port* port = currentPort();
-    const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
-    r.interfaceId = onPort ? onPort->localId : 0;
+    r.interfaceId = localInterfaceId(protocolInterfaceDescription);
     attachGrid(r.ranges, connectToDut, networkRange_.get());
     setPortFeatures(r);
     return kOk;

@@ -4,6 +4,7 @@
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
+#include "core/protocol_interface.h"
 
 namespace zk {
 
@@ -50,10 +51,7 @@ void TCLOspfV3Interface::setDefault() {
 }
 
 int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
-    // The port's interface of that description, 0 when the port has none.
-    const Port* port = currentPort();
-    const chassis::ProtocolInterface* onPort = port ? port->findInterface(protocolInterfaceDescription) : nullptr;
-    r.portInterfaceId = onPort ? onPort->localId : 0;
+    r.portInterfaceId = localInterfaceId(protocolInterfaceDescription);
     attachGrid(r.ranges, connectToDut, networkRange_.get());
     return kOk;
 }

@@ -1,8 +1,11 @@
 #include "bgp4/neighbor.h"
 
+#include <array>
+
 #include "bgp4/forms.h"
 #include "binding/collection_methods.h"
 #include "core/port.h"
+#include "core/port_feature.h"
 
 namespace zk {
 
@@ -66,15 +69,13 @@ bool validTimers(const TCLBgp4Neighbor& t) { return holdTime(t.holdTime) && t.ke
 // default and a differing one is reported; without a port the same, with
 // another text. Neither refuses the neighbor.
 void TCLBgp4Neighbor::setFamilies(Neighbor& r) const {
-    Port* port = currentPort();
-    if (port && port->bgpFamilies) return;
     const Neighbor defaults;
-    if (!port) setLastError("TCLBgp4Neighbor::SetBgpNeighbor(): Please select the port to configure port specific features");
-    for (const Family& f : kFamilies) {
-        if (port && (this->*f.value != 0) != defaults.*f.field)
-            setLastErrorf("TCLBgp4Neighbor::SetBgpNeighbor():  %s is not supported on port %s.", f.option, portName(*port));
-        r.*f.field = defaults.*f.field;
-    }
+    std::array<PortDependent, std::size(kFamilies)> options;
+    for (size_t i = 0; i < options.size(); ++i)
+        options[i] = {kFamilies[i].option, (this->*kFamilies[i].value != 0) != defaults.*kFamilies[i].field};
+    if (portHasFeature("TCLBgp4Neighbor::SetBgpNeighbor()", [](const Port& p) { return p.bgpFamilies != 0; }, options))
+        return;
+    for (const Family& f : kFamilies) r.*f.field = defaults.*f.field;
 }
 
 // A route filter or internal table that does not convert refuses the

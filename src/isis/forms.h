@@ -2,6 +2,7 @@
 // IS-IS features, shared by the IS-IS classes.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 
 #include "core/errors.h"
 #include "core/port.h"
+#include "core/port_feature.h"
 #include "hal/basic.h"
 
 namespace zk::isis {
@@ -56,13 +58,12 @@ bool restoreDefault(R& r, const R& defaults) {
 // no port at all, the please-select message. Never a failure.
 template <class R, size_t N>
 void applyPortFeatures(R& r, const char* where, const PortFeature<R> (&features)[N]) {
-    Port* port = currentPort();
-    if (port && port->isisFeatures) return;
+    auto has = [](const Port& p) { return p.isisFeatures != 0; };
+    if (Port* port = currentPort(); port && has(*port)) return;
     const R defaults;
-    if (!port) setLastErrorf("%s Please select the port to configure port specific features", where);
-    for (const PortFeature<R>& f : features)
-        if (f.restore(r, defaults) && port)
-            setLastErrorf("%s  %s is not supported on port %s.", where, f.option, portName(*port));
+    std::array<PortDependent, N> options;
+    for (size_t i = 0; i < N; ++i) options[i] = {features[i].option, features[i].restore(r, defaults)};
+    portHasFeature(where, has, options);
 }
 
 }  // namespace zk::isis

@@ -12,7 +12,7 @@ int TCLIsisInterface::intoRecordRest(hal::EISISInterface& r) {
     r.interfaceId = localInterfaceId(protocolInterfaceDescription);
     static const isis::PortFeature<hal::EISISInterface> kFeatures[] = {
         {"enableTrafficEngineering", isis::restoreDefault<&hal::EISISInterface::teEnabled>}};
-    isis::applyPortFeatures(r, "TCLIsisInterface::SetIsisInterface():", kFeatures);
+    isis::applyPortFeatures(r, "TCLIsisInterface::SetIsisInterface()", kFeatures);
     return kOk;
 }
 

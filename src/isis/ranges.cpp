@@ -73,7 +73,7 @@ int TCLIsisGrid::intoRecordRest(hal::EISISGrid& r) {
     fillBandwidths(r.te);
     static const isis::PortFeature<hal::EISISGrid> kFeatures[] = {
         {"enableTe", isis::restoreDefault<&hal::EISISGrid::teEnabled>}};
-    isis::applyPortFeatures(r, "TCLIsisGrid::SetIsisGrid():", kFeatures);
+    isis::applyPortFeatures(r, "TCLIsisGrid::SetIsisGrid()", kFeatures);
     setGridSize(r, numRows, numColumns, "TCLIsisGrid::SetIsisGrid()");
     loadCounts(r);
     return kOk;

@@ -30,7 +30,7 @@ int TCLIsisRouter::intoRecordRest(hal::EISISRouter& r) {
         {"gracefulRestartVersion", isis::restoreDefault<&R::restartVersion>},
         {"gracefulRestartTime", isis::restoreDefault<&R::restartTime>},
     };
-    isis::applyPortFeatures(r, "TCLIsisRouter::SetIsisRouter():", kFeatures);
+    isis::applyPortFeatures(r, "TCLIsisRouter::SetIsisRouter()", kFeatures);
     return kOk;
 }
 

@@ -4,18 +4,6 @@
 
 namespace zk::ldp {
 
-bool portHasFeature(const char* function, bool (*has)(const Port&), std::initializer_list<PortDependent> options) {
-    Port* port = currentPort();
-    if (port && has(*port)) return true;
-    if (!port) {
-        setLastErrorf("%s: Please select the port to configure port specific features", function);
-        return false;
-    }
-    for (const PortDependent& o : options)
-        if (o.differs) setLastErrorf("%s:  %s is not supported on port %s.", function, o.option, portName(*port));
-    return false;
-}
-
 bool validLabel(long long label) { return label >= hal::kFirstLdpLabel && label <= hal::kLastLdpLabel; }
 
 // In increment mode each item takes the next label; a fixed label is shared.

@@ -1,28 +1,12 @@
-// What the LDP classes share: label and address checks, and the rule for
-// options that need a feature of the port.
+// What the LDP classes share: label and address checks.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 
-#include "core/port.h"
+#include "core/port_feature.h"
 #include "hal/ldp.h"
 
 namespace zk::ldp {
-
-// An option that takes effect only on ports with some feature, and
-// whether the object's value differs from the record's default.
-struct PortDependent {
-    const char* option;
-    bool differs;
-};
-
-// True when the current port has the feature. Otherwise the options keep
-// the record's defaults (the caller's business) and a message is left: for
-// every differing option "<function>:  <option> is not supported on port
-// %s.", or without a port "<function>: Please select the port ...". Neither
-// refuses the conversion.
-bool portHasFeature(const char* function, bool (*has)(const Port&), std::initializer_list<PortDependent> options);
 
 // Relations between two options are checked only when both are in their
 // own ranges: a value out of range has its own message.

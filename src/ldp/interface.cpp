@@ -27,7 +27,7 @@ bool notBelow(int min, int max, int limit) {
 int TCLLdpInterface::intoRecordRest(hal::ELdpInterface& r) {
     r.interfaceId = localInterfaceId(protocolInterfaceDescription);
     const hal::ELdpInterface defaults;
-    if (!ldp::portHasFeature("TCLLdpInterface::SetLdpInterface()", isAtmPort,
+    if (!portHasFeature("TCLLdpInterface::SetLdpInterface()", isAtmPort,
                              {{"atmVcDirection", atmVcDirection != defaults.atmDirection},
                               {"atmLabelRanges", r.atmLabelRanges.Size() > 0}})) {
         r.atmDirection = defaults.atmDirection;

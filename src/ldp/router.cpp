@@ -21,7 +21,7 @@ TCLLdpRouter::TCLLdpRouter(TCLLdpInterface* pLdpInterface, TCLLdpTargetedPeer* p
 // record keeps its defaults and a differing option is reported.
 int TCLLdpRouter::intoRecordRest(hal::ELdpRouter& r) {
     const hal::ELdpRouter defaults;
-    if (!ldp::portHasFeature("TCLLdpRouter::SetLdpRouter()", [](const Port& p) { return p.ldpGracefulRestart != 0; },
+    if (!portHasFeature("TCLLdpRouter::SetLdpRouter()", [](const Port& p) { return p.ldpGracefulRestart != 0; },
                              {{"enableGracefulRestart", enableGracefulRestart != int(defaults.gracefulRestart)},
                               {"reconnectTime", reconnectTime != int(defaults.reconnectTime)},
                               {"recoveryTime", recoveryTime != int(defaults.recoveryTime)}})) {

@@ -7,6 +7,7 @@
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
+#include "core/port_feature.h"
 #include "core/protocol_interface.h"
 
 namespace zk {
@@ -39,27 +40,14 @@ int TCLOspfInterface::intoRecordRest(hal::EOSPFInterface& r) {
 // features; elsewhere the HAL keeps its defaults and a differing option is
 // reported. These are warnings: the conversion goes on.
 void TCLOspfInterface::setPortFeatures(hal::EOSPFInterface& r) const {
-    Port* port = currentPort();
-    if (port && port->ospfFeatures) return;  // the options went in as they are
-    const hal::EOSPFInterface defaults;
-    if (!port) {
-        setLastError("TCLOspfInterface::SetOspfInterface(): Please select the port to configure port specific features");
-    } else {  // VerifyDefaultSettings
-        const struct {
-            bool differs;
-            const char* message;
-        } checks[] = {
-            {authenticationMethod != defaults.authMethod,
-             "TCLOspfInterface::SetOspfInterface():  authenticationMethod is not supported on port %s."},
-            {md5KeyId != defaults.md5KeyId, "TCLOspfInterface::SetOspfInterface():  md5KeyId is not supported on port %s."},
-            {password != defaults.password, "TCLOspfInterface::SetOspfInterface():  password is not supported on port %s."},
-            {md5Key != defaults.md5Key, "TCLOspfInterface::SetOspfInterface():  md5Key is not supported on port %s."},
-            {neighborIp != defaults.neighborIp.ToString(),
-             "TCLOspfInterface::SetOspfInterface():  neighborIp is not supported on port %s."},
-        };
-        for (const auto& check : checks)
-            if (check.differs) setLastError(formatText(check.message, portName(*port)));
-    }
+    const hal::EOSPFInterface defaults;  // VerifyDefaultSettings
+    if (portHasFeature("TCLOspfInterface::SetOspfInterface()", [](const Port& p) { return p.ospfFeatures != 0; },
+                       {{"authenticationMethod", authenticationMethod != defaults.authMethod},
+                        {"md5KeyId", md5KeyId != defaults.md5KeyId},
+                        {"password", password != defaults.password},
+                        {"md5Key", md5Key != defaults.md5Key},
+                        {"neighborIp", neighborIp != defaults.neighborIp.ToString()}}))
+        return;  // the options went in as they are
     r.authMethod = defaults.authMethod;
     r.md5KeyId = defaults.md5KeyId;
     r.password = defaults.password;

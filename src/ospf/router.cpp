@@ -1,6 +1,7 @@
 #include "ospf/router.h"
 
 #include "binding/collection_methods.h"
+#include "core/port_feature.h"
 
 namespace zk {
 
@@ -13,22 +14,13 @@ TCLOspfRouter::TCLOspfRouter(TCLOspfInterface* pOspfInterface, TCLOspfRouteRange
 // Graceful restart needs the port's OSPF features; elsewhere the HAL keeps
 // its defaults and a differing option is reported, without failing.
 int TCLOspfRouter::intoRecordRest(hal::EOSPFRouter& r) {
-    const hal::EOSPFRouter defaults;
-    Port* port = currentPort();
-    if (port && port->ospfFeatures) {
+    const hal::EOSPFRouter defaults;  // VerifyDefaultSettings
+    if (portHasFeature("TCLOspfRouter::SetOspfRouter()", [](const Port& p) { return p.ospfFeatures != 0; },
+                       {{"enableGracefulRestart", enableGracefulRestart != int(defaults.gracefulRestart)},
+                        {"enableRebuildAdjacency", enableRebuildAdjacency != int(defaults.rebuildAdj)}})) {
         r.gracefulRestart = enableGracefulRestart != 0;
         r.rebuildAdj = enableGracefulRestart ? enableRebuildAdjacency != 0 : work().rebuildAdj;
         return kOk;
-    }
-    if (!port) {
-        setLastError("TCLOspfRouter::SetOspfRouter(): Please select the port to configure port specific features");
-    } else {  // VerifyDefaultSettings
-        if (enableGracefulRestart != int(defaults.gracefulRestart))
-            setLastErrorf("TCLOspfRouter::SetOspfRouter():  enableGracefulRestart is not supported on port %s.",
-                          portName(*port));
-        if (enableRebuildAdjacency != int(defaults.rebuildAdj))
-            setLastErrorf("TCLOspfRouter::SetOspfRouter():  enableRebuildAdjacency is not supported on port %s.",
-                          portName(*port));
     }
     r.gracefulRestart = defaults.gracefulRestart;
     r.rebuildAdj = defaults.rebuildAdj;

@@ -1,6 +1,7 @@
 #include "ospfv3/router.h"
 
 #include "binding/collection_methods.h"
+#include "core/port_feature.h"
 
 namespace zk {
 
@@ -17,14 +18,9 @@ TCLOspfV3Router::TCLOspfV3Router(TCLOspfV3Interface* pOspfV3Interface, TCLOspfV3
 // failing.
 int TCLOspfV3Router::intoRecordRest(hal::EOSPFv3Router& r) {
     const hal::EOSPFv3Router defaults;
-    Port* port = currentPort();
-    if (port && port->ospfFeatures) return kOk;  // the option went in as it is
-    if (!port)
-        setLastError("TCLOspfV3Router::SetOspfV3Router(): Please select the port to configure port specific features");
-    else if (enableGracefulRestart != int(defaults.gracefulRestart))
-        setLastErrorf("TCLOspfV3Router::SetOspfV3Router():  enableGracefulRestart is not supported on port %s.",
-                      portName(*port));
-    r.gracefulRestart = defaults.gracefulRestart;
+    if (!portHasFeature("TCLOspfV3Router::SetOspfV3Router()", [](const Port& p) { return p.ospfFeatures != 0; },
+                        {{"enableGracefulRestart", enableGracefulRestart != int(defaults.gracefulRestart)}}))
+        r.gracefulRestart = defaults.gracefulRestart;
     return kOk;
 }
 

@@ -3,6 +3,7 @@
 #include "binding/collection_methods.h"
 #include "core/parse.h"
 #include "core/port.h"
+#include "core/port_feature.h"
 
 namespace zk {
 
@@ -38,24 +39,12 @@ void TCLRsvpNeighborPair::FromRecord(const hal::ERSVPConfigNeighborPair& r) {
 // without it, the fields stay as the pair had them; a differing option is
 // reported, and the pair is taken all the same.
 int TCLRsvpNeighborPair::intoRecordRest(hal::ERSVPConfigNeighborPair& r) {
-    Port* port = currentPort();
-    if (!port) {
-        setLastError(
-            "TCLRsvpNeighborPair::SetRsvpNeighborPair(): Please select the port to configure port specific features");
+    const hal::ERSVPConfigNeighborPair defaults;  // VerifyDefaultSettings
+    if (!portHasFeature(
+            "TCLRsvpNeighborPair::SetRsvpNeighborPair()", [](const Port& p) { return p.refreshReduction != 0; },
+            {{"enableRefreshReduction", (enableRefreshReduction != 0) != defaults.refreshReduction},
+             {"summaryRefreshInterval", (long long)summaryRefreshInterval != (long long)defaults.sRefreshInterval}}))
         return kOk;
-    }
-    if (!port->refreshReduction) {  // VerifyDefaultSettings
-        const hal::ERSVPConfigNeighborPair defaults;
-        if ((enableRefreshReduction != 0) != defaults.refreshReduction)
-            setLastErrorf(
-                "TCLRsvpNeighborPair::SetRsvpNeighborPair():  enableRefreshReduction is not supported on port %s.",
-                portName(*port));
-        if ((long long)summaryRefreshInterval != (long long)defaults.sRefreshInterval)
-            setLastErrorf(
-                "TCLRsvpNeighborPair::SetRsvpNeighborPair():  summaryRefreshInterval is not supported on port %s.",
-                portName(*port));
-        return kOk;
-    }
     r.refreshReduction = enableRefreshReduction != 0;
     r.sRefreshInterval = uint32_t(summaryRefreshInterval);
     return kOk;

@@ -104,7 +104,7 @@ void TCLBgp4Neighbor::forgetLearned() {
 
 // Another neighbor's record: what was learned belonged to the one before.
 void TCLBgp4Neighbor::FromRecord(const Neighbor& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();
+    if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
     if (TCLBgp4RouteFilter* filter = routeFilter_.get()) filter->FromRecord(r.routeFilter);
     if (TCLBgp4InternalTable* table = internalTable_.get()) table->FromRecord(r.internalTable);
@@ -118,7 +118,7 @@ void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
 
 int TCLBgp4Neighbor::mayRequest(const char* function, const char* kind) const {
     std::string where = formatText("TCLBgp4Neighbor::%s()", function);
-    return mayRequestLearned(where.c_str(), work().GetID().IsValid(), "The neighbor has not been loaded from the server.",
+    return mayRequestLearned(where.c_str(), work().id.IsValid(), "The neighbor has not been loaded from the server.",
                              kind);
 }
 

@@ -37,7 +37,7 @@ std::optional<std::vector<uint8_t>> sixBytes(const std::string& s) {
 std::string byteText(const hal::EBlob& b) {
     static const char digits[] = "0123456789abcdef";
     std::string out;
-    for (uint8_t byte : b.GetData()) {
+    for (uint8_t byte : b.bytes) {
         if (!out.empty()) out += ' ';
         out += digits[byte >> 4];
         out += digits[byte & 15];

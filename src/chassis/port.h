@@ -48,7 +48,7 @@ public:
     C& Config() {
         if (!config_) {
             config_ = std::make_unique<C>();
-            config_->SetID(hal::EComponentId::New());
+            config_->id = hal::EComponentId::New();
         }
         return static_cast<C&>(*config_);
     }

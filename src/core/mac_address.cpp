@@ -57,7 +57,7 @@ hal::EBlob macBlob(const std::string& text) {
 
 std::string macText(const hal::EBlob& b) {
     uint64_t mac = 0;
-    for (size_t i = 0; i < 6; ++i) mac = mac << 8 | (i < b.GetSize() ? b.GetData()[i] : 0);
+    for (size_t i = 0; i < 6; ++i) mac = mac << 8 | (i < b.bytes.size() ? b.bytes[i] : 0);
     return formatMac(mac);
 }
 

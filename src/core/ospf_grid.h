@@ -45,8 +45,8 @@ template <class T, class R>
 void loadGrid(T& t, const R& r) {
     t.numRows = r.rows;
     t.numColumns = r.cols;
-    t.firstSubnetIpAddress = r.firstSubnet.GetAddress().ToString();
-    t.maskWidth = r.firstSubnet.GetPrefixLength();
+    t.firstSubnetIpAddress = r.firstSubnet.address.ToString();
+    t.maskWidth = r.firstSubnet.prefix;
     t.enableBBit = (r.bits & 1) != 0;
     t.enableEBit = (r.bits & 2) != 0;
     loadGridCounts(t, r);

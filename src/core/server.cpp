@@ -20,7 +20,7 @@ int PortServer::generateStreams(int c, int d, int p, int action) {
     if (!given || !currentPort()) return kFail;
     if (!given->available) return kNoPort;
     if (given->writeFails) return kFail;
-    given->streams.push_back({chassis::protocolName(protocol_), configOf(*given).GetID().GetValue(), action});
+    given->streams.push_back({chassis::protocolName(protocol_), configOf(*given).id.GetValue(), action});
     chassis::Lab::instance().log(formatText("generateStreams %s port %s action %d", chassis::protocolName(protocol_),
                                             given->id.text().c_str(), action));
     return kOk;

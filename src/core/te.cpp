@@ -45,7 +45,7 @@ void TeBandwidths::fillBandwidths(hal::ETrafficEngineeringData& te) const {
 
 std::string adminGroupText(const hal::EBlob& group) {
     std::string text;
-    for (uint8_t b : group.GetData()) text += (text.empty() ? "" : " ") + formatText("%02x", b);
+    for (uint8_t b : group.bytes) text += (text.empty() ? "" : " ") + formatText("%02x", b);
     return text;
 }
 

@@ -9,8 +9,8 @@ namespace hal {
 std::string EBlob::ToHex() const {
     static const char digits[] = "0123456789abcdef";
     std::string s;
-    s.reserve(bytes_.size() * 2);
-    for (uint8_t b : bytes_) {
+    s.reserve(bytes.size() * 2);
+    for (uint8_t b : bytes) {
         s += digits[b >> 4];
         s += digits[b & 15];
     }
@@ -39,7 +39,7 @@ uint32_t EIPAddress::GetV4() const {
 }
 
 EBlob EIPAddress::GetAddressAsBlob() const {
-    return EBlob(std::vector<uint8_t>(bytes_.begin(), bytes_.begin() + (v6_ ? 16 : 4)));
+    return {std::vector<uint8_t>(bytes_.begin(), bytes_.begin() + (v6_ ? 16 : 4))};
 }
 
 std::string EIPAddress::ToString() const {
@@ -74,18 +74,13 @@ std::string EIPAddress::ToString() const {
 }
 
 std::string EIPMaskedAddress::ToString() const {
-    return address_.ToString() + "/" + std::to_string(prefix_);
+    return address.ToString() + "/" + std::to_string(prefix);
 }
 
 EComponentId EComponentId::New() {
     static std::atomic<uint64_t> next{1};
     return EComponentId(next++);
 }
-
-void to_json(Json& j, const EBlob& b) { j = b.ToHex(); }
-void to_json(Json& j, const EIPAddress& a) { j = a.ToString(); }
-void to_json(Json& j, const EIPMaskedAddress& a) { j = a.ToString(); }
-void to_json(Json& j, const EComponentId& id) { j = id.GetValue(); }
 
 void writeJson(JsonWriter& w, const EBlob& b) { w.string(b.ToHex()); }
 void writeJson(JsonWriter& w, const EIPAddress& a) {

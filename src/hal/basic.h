@@ -16,18 +16,10 @@ namespace hal {
 using Json = nlohmann::ordered_json;
 
 // A byte string; its JSON form is lower-case hex.
-class EBlob {
-public:
-    EBlob() = default;
-    explicit EBlob(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
-    const std::vector<uint8_t>& GetData() const { return bytes_; }
-    size_t GetSize() const { return bytes_.size(); }
-    void SetData(std::vector<uint8_t> bytes) { bytes_ = std::move(bytes); }
+struct EBlob {
+    std::vector<uint8_t> bytes;
     std::string ToHex() const;
     bool operator==(const EBlob&) const = default;
-
-private:
-    std::vector<uint8_t> bytes_;
 };
 
 // An IPv4 (4 bytes) or IPv6 (16 bytes) address, most significant byte first.
@@ -50,20 +42,11 @@ private:
 };
 
 // An address with a prefix length.
-class EIPMaskedAddress {
-public:
-    EIPMaskedAddress() = default;
-    EIPMaskedAddress(EIPAddress a, int prefix) : address_(a), prefix_(prefix) {}
-    const EIPAddress& GetAddress() const { return address_; }
-    int GetPrefixLength() const { return prefix_; }
-    void SetAddress(const EIPAddress& a) { address_ = a; }
-    void SetPrefixLength(int p) { prefix_ = p; }
+struct EIPMaskedAddress {
+    EIPAddress address;
+    int prefix = 0;
     std::string ToString() const;  // "a.b.c.d/len"
     bool operator==(const EIPMaskedAddress&) const = default;
-
-private:
-    EIPAddress address_;
-    int prefix_ = 0;
 };
 
 // Identity of a configuration object; unique in the process, never reused.
@@ -79,11 +62,6 @@ private:
     explicit EComponentId(uint64_t v) : value_(v) {}
     uint64_t value_ = 0;
 };
-
-void to_json(Json& j, const EBlob& b);
-void to_json(Json& j, const EIPAddress& a);
-void to_json(Json& j, const EIPMaskedAddress& a);
-void to_json(Json& j, const EComponentId& id);
 
 // An unsigned field of which the equipment keeps N bits: 2^24 + 5 is 5.
 template <int N>
@@ -104,13 +82,13 @@ void writeJson(JsonWriter& w, const EIPMaskedAddress& a);
 void writeJson(JsonWriter& w, const EComponentId& id);
 
 // Children of a configuration record, in order of addition, keyed by the
-// identity each receives when it is added. Rec needs SetID/GetID.
+// identity each receives when it is added (the record's `id`).
 template <class Rec>
 class RecordList {
 public:
     EComponentId Add(Rec r) {
         EComponentId id = EComponentId::New();
-        r.SetID(id);
+        r.id = id;
         items_.add(id.GetValue(), std::move(r));
         return id;
     }
@@ -119,7 +97,7 @@ public:
     bool Replace(EComponentId id, Rec r) {
         Rec* old = Find(id);
         if (!old) return false;
-        r.SetID(id);
+        r.id = id;
         *old = std::move(r);
         return true;
     }
@@ -152,8 +130,6 @@ private:
 // Every configuration record carries an identity.
 struct ERecord {
     EComponentId id;
-    EComponentId GetID() const { return id; }
-    void SetID(EComponentId v) { id = v; }
     static constexpr auto fields() { return hal::fields(field("ID", &ERecord::id)); }
 };
 
@@ -172,14 +148,12 @@ public:
     void WriteJson(JsonWriter& w) const override { writeValue(w, static_cast<const R&>(*this)); }
 };
 
-// nlohmann's form of any record, for tests and the documentation tools.
-template <Record R>
-void to_json(Json& j, const R& r) {
-    j = Json::parse(jsonText(r));
-}
-template <class Rec>
-void to_json(Json& j, const RecordList<Rec>& list) {
-    j = Json::parse(jsonText(list));
+// nlohmann's form of any record or value the writer knows, for tests and
+// the documentation tools.
+template <class T>
+    requires Record<T> || requires(JsonWriter& w, const T& v) { writeJson(w, v); }
+void to_json(Json& j, const T& v) {
+    j = Json::parse(jsonText(v));
 }
 
 }  // namespace hal

@@ -34,7 +34,7 @@ hal::EBlob systemIdBlob(const std::string& text) {
     return hal::EBlob(bytes && bytes->size() == 6 ? *bytes : std::vector<uint8_t>(6, 0));
 }
 
-std::string systemIdText(const hal::EBlob& id) { return formatIsoBytes(id.GetData()); }
+std::string systemIdText(const hal::EBlob& id) { return formatIsoBytes(id.bytes); }
 
 namespace {
 
@@ -72,7 +72,7 @@ std::vector<hal::EBlob> areaBlobs(const std::string& list) {
 
 std::string areaText(const std::vector<hal::EBlob>& areas) {
     std::vector<std::string> texts;
-    for (const hal::EBlob& a : areas) texts.push_back(formatIsoBytes(a.GetData()));
+    for (const hal::EBlob& a : areas) texts.push_back(formatIsoBytes(a.bytes));
     std::string list;
     for (const std::string& t : texts) list += (list.empty() ? "" : " ") + t;  // dotted hex needs no quoting
     return list;
@@ -85,7 +85,7 @@ std::optional<hal::EBlob> parseLspId(std::string_view text) {
 }
 
 std::string lspIdText(const hal::EBlob& id) {
-    const std::vector<uint8_t>& b = id.GetData();
+    const std::vector<uint8_t>& b = id.bytes;
     if (b.size() != 8) return formatIsoBytes(b);
     return formatIsoBytes({b.begin(), b.begin() + 6}) + formatText(".%02x-%02x", b[6], b[7]);
 }

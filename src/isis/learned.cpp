@@ -41,7 +41,7 @@ std::string parseLsp(Tcl_Obj* pairs, const hal::EBlob& systemId, Lsp& lsp) {
     int n;
     Tcl_Obj** items;
     if (Tcl_ListObjGetElements(nullptr, pairs, &n, &items) != TCL_OK || n % 2) return "expected a list of -option value pairs";
-    std::vector<uint8_t> id = systemId.GetData();
+    std::vector<uint8_t> id = systemId.bytes;
     id.resize(8, 0);
     lsp.lspId = hal::EBlob(id);
     for (int k = 0; k < n; k += 2) {

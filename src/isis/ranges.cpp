@@ -88,8 +88,8 @@ void TCLIsisGrid::loadCounts(const hal::EISISGrid& r) {
 void TCLIsisGrid::fromRecordRest(const hal::EISISGrid& r) {
     numRows = r.rows;
     numColumns = r.cols;
-    firstSubnetIpAddress = r.firstSubnet.GetAddress().ToString();
-    maskWidth = r.firstSubnet.GetPrefixLength();
+    firstSubnetIpAddress = r.firstSubnet.address.ToString();
+    maskWidth = r.firstSubnet.prefix;
     loadBandwidths(r.te);
     loadCounts(r);
 }

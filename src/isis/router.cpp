@@ -41,14 +41,14 @@ void TCLIsisRouter::forgetLearned() {
 
 // Another router's record: what was learned belonged to the one before.
 void TCLIsisRouter::FromRecord(const hal::EISISRouter& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();
+    if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
 }
 
 // ---- learned LSPs ----
 
 int TCLIsisRouter::requestLearnedLsps() {
-    if (int r = mayRequestLearned("TCLIsisRouter::requestLearnedLsps()", work().GetID().IsValid(),
+    if (int r = mayRequestLearned("TCLIsisRouter::requestLearnedLsps()", work().id.IsValid(),
                                   "The router has not been loaded from the server.", kIsisLspsKind))
         return r;
     learned_.reply().send(*currentPort(), kIsisLspsKind, isis::systemIdText(work().systemId), token());

@@ -44,14 +44,14 @@ void TCLLdpRouter::forgetLearned() {
 
 // Another router's record: what was learned belonged to the one before.
 void TCLLdpRouter::FromRecord(const hal::ELdpRouter& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();
+    if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
 }
 
 // ---- learned labels ----
 
 int TCLLdpRouter::requestLearnedLabels() {
-    if (int r = mayRequestLearned("TCLLdpRouter::requestLearnedLabels()", work().GetID().IsValid(),
+    if (int r = mayRequestLearned("TCLLdpRouter::requestLearnedLabels()", work().id.IsValid(),
                                   "The router has not been loaded from the server.", kLdpLabelsKind))
         return r;
     learned_.reply().send(*currentPort(), kLdpLabelsKind, work().routerId.ToString(), token());

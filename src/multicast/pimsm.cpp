@@ -175,13 +175,13 @@ void TCLPimsmRouter::forgetLearned() {
 
 // Another router's record: what was learned belonged to the one before.
 void TCLPimsmRouter::FromRecord(const hal::EPimsmRouter& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();
+    if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
 }
 
 int TCLPimsmRouter::request(const char* method, const char* kind) {
     std::string where = std::string("TCLPimsmRouter::") + method + "()";
-    if (int r = mayRequestLearned(where.c_str(), work().GetID().IsValid(),
+    if (int r = mayRequestLearned(where.c_str(), work().id.IsValid(),
                                   "The router has not been loaded from the server.", kind))
         return r;
     if (kind == kPimsmNeighborsKind) {

@@ -56,7 +56,7 @@ void TCLOspfInterface::setPortFeatures(hal::EOSPFInterface& r) const {
 }
 
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
-    learned_.loaded(r.GetID() == work().GetID(), numberOfLearnedLsas);
+    learned_.loaded(r.id == work().id, numberOfLearnedLsas);
     Staged::FromRecord(r);
     loadAttachedGrid(networkRange_.get(), work().ranges);
 }
@@ -64,7 +64,7 @@ void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
 // ---- learned LSAs ----
 
 int TCLOspfInterface::requestLearnedLsa() {
-    return learned_.request(work().GetID().IsValid(), kOspfLsasKind, learnedLsaKey(ipAddress), token());
+    return learned_.request(work().id.IsValid(), kOspfLsasKind, learnedLsaKey(ipAddress), token());
 }
 int TCLOspfInterface::getLearnedLsaList() { return learned_.takeList(numberOfLearnedLsas); }
 int TCLOspfInterface::getFirstLearnedLsa() { return learned_.first(userLsa_.get()); }  // GetLearnedLsa

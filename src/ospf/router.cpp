@@ -37,7 +37,7 @@ hal::EBlob routerIdBytes(const std::string& text) {
 
 std::string routerIdText(const hal::EBlob& b) {
     uint32_t id = 0;
-    for (size_t i = 0; i < 4; ++i) id = id << 8 | (i < b.GetSize() ? b.GetData()[i] : 0);
+    for (size_t i = 0; i < 4; ++i) id = id << 8 | (i < b.bytes.size() ? b.bytes[i] : 0);
     return formatIPv4(id);
 }
 

@@ -57,13 +57,13 @@ int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
 }
 
 void TCLOspfV3Interface::FromRecord(const hal::EOSPFv3Interface& r) {
-    learned_.loaded(r.GetID() == work().GetID(), numberOfLearnedLsas);
+    learned_.loaded(r.id == work().id, numberOfLearnedLsas);
     Staged::FromRecord(r);
     loadAttachedGrid(networkRange_.get(), work().ranges);
 }
 
 int TCLOspfV3Interface::requestLearnedLsa() {
-    return learned_.request(work().GetID().IsValid(), kOspfV3LsasKind, ospfV3LearnedKey(ipAddress), token());
+    return learned_.request(work().id.IsValid(), kOspfV3LsasKind, ospfV3LearnedKey(ipAddress), token());
 }
 int TCLOspfV3Interface::getLearnedLsaList() { return learned_.takeList(numberOfLearnedLsas); }
 int TCLOspfV3Interface::getFirstLearnedLsa() { return learned_.first(learnedLsa_.get()); }

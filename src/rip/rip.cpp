@@ -60,8 +60,8 @@ int TCLRipInterfaceRouter::intoRecordRest(hal::ERIPRouter& r) {
 }
 
 void TCLRipInterfaceRouter::fromRecordRest(const hal::ERIPRouter& r) {
-    ipAddress = r.ipAddress.GetAddress().ToString();
-    ipMask = formatIPv4(maskOfPrefix(r.ipAddress.GetPrefixLength()));
+    ipAddress = r.ipAddress.address.ToString();
+    ipMask = formatIPv4(maskOfPrefix(r.ipAddress.prefix));
     protocolInterfaceDescription = interfaceDescriptionOf(r.interfaceId);
 }
 

@@ -63,7 +63,7 @@ int TCLRsvpNeighborPair::requestRxLabels() {
         setLastError("TCLRsvpNeighborPair::requestRxLabels()   You have not selected the port.");
         return kNoPort;
     }
-    if (!work().GetID().IsValid()) {
+    if (!work().id.IsValid()) {
         setLastError("TCLRsvpNeighborPair::requestRxLabels()   The neighbor pair has not been loaded from the server.");
         return kNoPort;
     }
@@ -74,7 +74,7 @@ int TCLRsvpNeighborPair::requestRxLabels() {
     }
     if (int r = portAnswers("TCLRsvpNeighborPair::requestRxLabels()", *port, kRsvpLabelsKind)) return r;
     labelsReply_.send(*port, kRsvpLabelsKind, learnedLabelsKey(work().ourIp, work().dutIp), token());
-    requestedFor_ = work().GetID();
+    requestedFor_ = work().id;
     positions_.clear();
     labelCursor_ = 0;
     return kOk;
@@ -84,7 +84,7 @@ int TCLRsvpNeighborPair::requestRxLabels() {
 // with an empty one. Null while there is no answer for the pair loaded now.
 const hal::ERSVP::ConfigLabelTable* TCLRsvpNeighborPair::labelTable() {
     static const hal::ERSVP::ConfigLabelTable kEmpty;
-    if (!currentPort() || !work().GetID().IsValid() || !(requestedFor_ == work().GetID())) return nullptr;
+    if (!currentPort() || !work().id.IsValid() || !(requestedFor_ == work().id)) return nullptr;
     if (!labelsReply_.arrived()) return nullptr;
     auto reply = labelsReply_.data();
     return reply ? &reply->table : &kEmpty;

@@ -29,14 +29,14 @@ void TCLStpBridge::forgetLearned() {
 
 // Another bridge's record: what was learned belonged to the one before.
 void TCLStpBridge::FromRecord(const hal::EStpBridge& r) {
-    if (!(r.GetID() == work().GetID())) forgetLearned();
+    if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
 }
 
 // ---- learned information ----
 
 int TCLStpBridge::requestLearnedBridge() {
-    if (int r = mayRequestLearned("TCLStpBridge::requestLearnedBridge()", work().GetID().IsValid(),
+    if (int r = mayRequestLearned("TCLStpBridge::requestLearnedBridge()", work().id.IsValid(),
                                   "The bridge has not been loaded from the server.", stp::kBridgeKind))
         return r;
     bridgeReply_.send(*currentPort(), stp::kBridgeKind, macText(work().mac), token());
@@ -60,7 +60,7 @@ int TCLStpBridge::getLearnedBridge() {
 }
 
 int TCLStpBridge::requestLearnedInterfaces() {
-    if (int r = mayRequestLearned("TCLStpBridge::requestLearnedInterfaces()", work().GetID().IsValid(),
+    if (int r = mayRequestLearned("TCLStpBridge::requestLearnedInterfaces()", work().id.IsValid(),
                                   "The bridge has not been loaded from the server.", stp::kInterfacesKind))
         return r;
     interfacesLearned_.reply().send(*currentPort(), stp::kInterfacesKind, macText(work().mac), token());
@@ -130,7 +130,7 @@ bool lansBehindInterfaces(const TCLStpBridge& t) {
     return behind;
 }
 
-std::string rootMacText(const hal::EBlob& b) { return b.GetSize() ? macText(b) : ""; }
+std::string rootMacText(const hal::EBlob& b) { return b.bytes.size() ? macText(b) : ""; }
 hal::EBlob rootMacBlob(const std::string& text) { return text.empty() ? hal::EBlob{} : macBlob(text); }
 
 }  // namespace

@@ -70,7 +70,7 @@ TEST(FieldTable, EqualityComparesEveryStoredField) {
         [](ESample& r) { r.enabled = false; }, [](ESample& r) { r.name = "x"; },
         [](ESample& r) { r.peer = hal::EIPAddress::FromV4(1); }, [](ESample& r) { r.inner.port = 1; },
         [](ESample& r) { r.list.push_back(3); }, [](ESample& r) { r.interfaceId = 0; },
-        [](ESample& r) { r.SetID(hal::EComponentId::New()); }};
+        [](ESample& r) { r.id = hal::EComponentId::New(); }};
     for (auto change : changes) {
         ESample c;
         change(c);

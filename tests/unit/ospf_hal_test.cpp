@@ -36,7 +36,7 @@ TEST(OspfGrid, CountsFollowTheGridRule) {
 
 TEST(OspfJson, ThePortConfigurationDescribesEachGrid) {
     hal::EOSPFServer config;
-    config.SetID(hal::EComponentId::New());
+    config.id = hal::EComponentId::New();
     hal::EOSPFRouter router;
     for (int rows : {3, 5}) {
         hal::EOSPFInterface i;
@@ -45,7 +45,7 @@ TEST(OspfJson, ThePortConfigurationDescribesEachGrid) {
     }
     config.routers.Add(router);
     hal::Json j = hal::Json::parse(hal::jsonText(config));
-    EXPECT_EQ(j["ID"], config.GetID().GetValue());
+    EXPECT_EQ(j["ID"], config.id.GetValue());
     const hal::Json& interfaces = j["RouterList"][0]["InterfaceList"];
     ASSERT_EQ(interfaces.size(), 2u);
     EXPECT_EQ(interfaces[0]["NetworkRangeList"][0]["Description"], "Auto generated 3 by 2 grid");

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/learned_reply.h"
 #include "hal/bgp.h"
 
 namespace zk {
@@ -17,11 +17,7 @@ namespace zk {
 // DUT address reads).
 inline constexpr const char* kBgpRoutesKind = "bgpRoutes";
 inline constexpr const char* kBgpStatsKind = "bgpStats";
-std::string learnedBgpKey(const std::string& dutIpText);
 
-struct LearnedBgpRoutes : chassis::LearnedData {
-    std::vector<hal::EBGP::LearnedRoute> routes;
-};
 // Statistic values by selector (bgpOurIP 0 .. bgpRoutesReceivedBeforeStaleTimerExpired 70).
 struct LearnedBgpStats : chassis::LearnedData {
     std::map<int, std::string> values;

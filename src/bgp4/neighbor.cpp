@@ -139,7 +139,7 @@ int TCLBgp4Neighbor::getLearnedRouteList() {
     learnedCursor_ = 0;
     const uint32_t limit = work().routeFilter.enabled ? work().routeFilter.maxRoutes : 0;
     if (auto reply = routesReply_.data())
-        for (const auto& route : reply->routes) {
+        for (const auto& route : reply->items) {
             if (limit && learned_.size() >= limit) break;
             if (keepsRoute(work(), route)) learned_.push_back(route);
         }

@@ -101,7 +101,7 @@ private:
     BorrowedNames internalPeerNames_;
 
     Ref<TCLBgp4LearnedRoute> learnedRoute_;
-    LearnedReply<LearnedBgpRoutes> routesReply_;
+    LearnedReply<LearnedItems<hal::EBGP::LearnedRoute>> routesReply_;
     LearnedReply<LearnedBgpStats> statsReply_;
     std::vector<hal::EBGP::LearnedRoute> learned_;  // what passed the filters
     size_t learnedCursor_ = 0;

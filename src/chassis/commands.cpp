@@ -16,8 +16,16 @@ namespace chassis {
 namespace {
 
 struct LearnKind {
-    const char* usage;
+    std::string usage;
     LearnHandler handler;
+    // The arguments after C D P: the words of the usage (counted when first
+    // needed: kinds register themselves before Tcl can split a list).
+    int words() const {
+        int n = 0;
+        const char** parts = nullptr;
+        if (Tcl_SplitList(nullptr, usage.c_str(), &n, &parts) == TCL_OK) Tcl_Free(reinterpret_cast<char*>(parts));
+        return n;
+    }
 };
 std::map<std::string, LearnKind>& learnKinds() {
     static auto* k = new std::map<std::string, LearnKind>;
@@ -213,10 +221,10 @@ int learnCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
         return chassisError(interp, std::string("unknown kind \"") + kind + "\": must be " + names,
                             {"UNKNOWN", "kind", kind});
     }
-    if (objc < 5) return wrongArgs(interp, 2, objv, ("C D P " + std::string(it->second.usage)).c_str());
+    if (objc != 5 + it->second.words()) return wrongArgs(interp, 2, objv, ("C D P " + it->second.usage).c_str());
     Port* p = findPort(interp, objv + 2);
     if (!p) return TCL_ERROR;
-    if (it->second.handler(interp, *p, objc - 5, objv + 5) == TCL_OK) return TCL_OK;
+    if (it->second.handler(interp, *p, objv + 5) == TCL_OK) return TCL_OK;
     zk::setErrorCode(interp, kErrorFamily, {"LEARN", it->first});
     return TCL_ERROR;
 }
@@ -303,7 +311,7 @@ const struct {
 }  // namespace
 
 void registerLearnKind(const char* kind, const char* usage, LearnHandler handler) {
-    learnKinds()[kind] = LearnKind{usage, handler};
+    learnKinds()[kind] = LearnKind{usage, std::move(handler)};
 }
 
 void installEventLoop() {

@@ -4,14 +4,17 @@
 
 #include <tcl.h>
 
+#include <functional>
+
 #include "chassis/port.h"
 
 namespace chassis {
 
-// Parses the arguments after C D P and stores what the port learned.
+// Reads the arguments after C D P, as many as the kind's usage has words
+// (the command checks the count), and stores what the port learned.
 // Returns TCL_OK or TCL_ERROR with a message in the interpreter result; the
 // command then gives the error the code {ZKCHASSIS LEARN <kind>}.
-using LearnHandler = int (*)(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* const objv[]);
+using LearnHandler = std::function<int(Tcl_Interp* interp, Port& port, Tcl_Obj* const objv[])>;
 
 void registerLearnKind(const char* kind, const char* usage, LearnHandler handler);
 

@@ -13,8 +13,8 @@
 
 namespace zk {
 
-// List: the port's answer, a chassis::LearnedData with a vector `lsas`.
-template <class List>
+// Lsa: the record of one learned LSA; the port answers with LearnedItems<Lsa>.
+template <class Lsa>
 class LearnedLsas {
 public:
     explicit LearnedLsas(const char* interfaceClass) : cls_(interfaceClass) {}
@@ -29,30 +29,25 @@ public:
             return fail(kFail, formatText("requestLearnedLsa()   The request could not be sent to port %s.",
                                           portName(*port)));
         if (int r = portAnswers((std::string(cls_) + "::requestLearnedLsa()").c_str(), *port, kind)) return r;
-        reply_.send(*port, kind, key, std::move(owner));
+        list_.reply().send(*port, kind, key, std::move(owner));
         return kOk;
     }
 
     // 0 with the answer taken and `count` its size; 1 none arrived yet.
     int takeList(int& count) {
-        if (!reply_.arrived()) return fail(kFail, "getLearnedLsaList()   No learned LSAs have arrived yet.");
-        // A port that learned nothing for this interface answers with an empty list.
-        list_ = reply_.data() ? reply_.data() : std::make_shared<const List>();
-        count = int(list_->lsas.size());
-        cursor_ = 0;
+        if (!list_.take()) return fail(kFail, "getLearnedLsaList()   No learned LSAs have arrived yet.");
+        count = int(list_.size());
         return kOk;
     }
 
     template <class Staging>
     int first(Staging* staging) {
-        cursor_ = 0;
+        list_.rewind();
         return next(staging);
     }
     template <class Staging>
     int next(Staging* staging) {
-        if (!list_ || !staging || cursor_ >= list_->lsas.size())
-            return fail(kFail, "getNextLearnedLsa()   No more learned LSAs.");
-        staging->FromRecord(list_->lsas[cursor_++]);
+        if (!list_.next(staging)) return fail(kFail, "getNextLearnedLsa()   No more learned LSAs.");
         return kOk;
     }
 
@@ -65,14 +60,8 @@ public:
     }
 
     // Drops the list taken; forget() also voids an answer still due.
-    void drop() {
-        list_.reset();
-        cursor_ = 0;
-    }
-    void forget() {
-        reply_.forget();
-        drop();
-    }
+    void drop() { list_.drop(); }
+    void forget() { list_.forget(); }
 
 private:
     int fail(int code, const std::string& text) const {
@@ -81,9 +70,7 @@ private:
     }
 
     const char* cls_;
-    LearnedReply<List> reply_;
-    std::shared_ptr<const List> list_;
-    size_t cursor_ = 0;
+    LearnedList<Lsa> list_;
 };
 
 }  // namespace zk

@@ -69,10 +69,18 @@ private:
     std::shared_ptr<const Data> reply_;
 };
 
+// A port's answer that is a list of records.
+template <class Item>
+struct LearnedItems : chassis::LearnedData {
+    std::vector<Item> items;
+};
+
 // A learned list: the reply that brings it, and a walk through its items
-// (Data::*Items, a vector of records) into a read-only staging object.
-template <class Data, auto Items>
+// into a read-only staging object.
+template <class Item>
 class LearnedList {
+    using Data = LearnedItems<Item>;
+
 public:
     LearnedReply<Data>& reply() { return reply_; }
     // Takes the answer once it is in (false: not yet); a port that learned
@@ -83,19 +91,23 @@ public:
         cursor_ = 0;
         return true;
     }
-    size_t size() const { return data_ ? ((*data_).*Items).size() : 0; }
+    size_t size() const { return data_ ? data_->items.size() : 0; }
     void rewind() { cursor_ = 0; }
     // Fills `staging` with the next item; false after the last or without one.
     template <class Staging>
     bool next(Staging* staging) {
         if (!staging || cursor_ >= size()) return false;
-        staging->FromRecord(((*data_).*Items)[cursor_++]);
+        staging->FromRecord(data_->items[cursor_++]);
         return true;
+    }
+    // Drops the list taken; forget() also voids an answer still due.
+    void drop() {
+        data_.reset();
+        cursor_ = 0;
     }
     void forget() {
         reply_.forget();
-        data_.reset();
-        cursor_ = 0;
+        drop();
     }
 
 private:

@@ -1,11 +1,6 @@
 #include "isis/learned.h"
 
-#include <tcl.h>
-
-#include <string_view>
-
-#include "chassis/lab.h"
-#include "chassis/learn.h"
+#include "core/learn_input.h"
 #include "isis/forms.h"
 
 namespace zk {
@@ -28,75 +23,33 @@ namespace {
 
 using Lsp = hal::EISISLearnedLSP;
 
-bool lspNumber(Tcl_Obj* o, long long lo, long long hi, long long& out) {
-    Tcl_WideInt w;
-    if (Tcl_GetWideIntFromObj(nullptr, o, &w) != TCL_OK || w < lo || w > hi) return false;
-    out = w;
-    return true;
-}
+const learn::Option<Lsp> kLspOptions[] = {
+    {"-lspId", learn::parsed<&Lsp::lspId, isis::parseLspId>},
+    {"-sequenceNumber", learn::number<&Lsp::sequence, 0, UINT32_MAX>},
+    {"-remainingLifetime", learn::number<&Lsp::remainingLifetime, 0, 65535>},
+    {"-level", learn::number<&Lsp::level, 1, 2>},
+    {"-tlvs", learn::text<&Lsp::tlvs>},
+};
 
-// One LSP from its -option value pairs; "" or why it is refused. Without
-// -lspId the LSP is the router's own first fragment.
-std::string parseLsp(Tcl_Obj* pairs, const hal::EBlob& systemId, Lsp& lsp) {
-    int n;
-    Tcl_Obj** items;
-    if (Tcl_ListObjGetElements(nullptr, pairs, &n, &items) != TCL_OK || n % 2) return "expected a list of -option value pairs";
-    std::vector<uint8_t> id = systemId.bytes;
-    id.resize(8, 0);
-    lsp.lspId = hal::EBlob(id);
-    for (int k = 0; k < n; k += 2) {
-        std::string_view option = Tcl_GetString(items[k]);
-        Tcl_Obj* value = items[k + 1];
-        long long v = 0;
-        bool good = true;
-        if (option == "-lspId") {
-            auto parsed = isis::parseLspId(Tcl_GetString(value));
-            if (parsed) lsp.lspId = *parsed;
-            good = parsed.has_value();
-        } else if (option == "-sequenceNumber") {
-            good = lspNumber(value, 0, UINT32_MAX, v);
-            lsp.sequence = uint32_t(v);
-        } else if (option == "-remainingLifetime") {
-            good = lspNumber(value, 0, 65535, v);
-            lsp.remainingLifetime = uint16_t(v);
-        } else if (option == "-level") {
-            good = lspNumber(value, 1, 2, v);
-            lsp.level = uint8_t(v);
-        } else if (option == "-tlvs") {
-            lsp.tlvs = Tcl_GetString(value);
-        } else {
-            return "unknown option \"" + std::string(option) +
-                   "\": must be -lspId, -sequenceNumber, -remainingLifetime, -level or -tlvs";
-        }
-        if (!good) return "bad value for " + std::string(option) + ": \"" + Tcl_GetString(value) + "\"";
-    }
-    return "";
-}
+const learn::Key kSystemIdKey{"six bytes", [](Tcl_Obj* v) -> std::optional<std::string> {
+                                  const char* text = Tcl_GetString(v);
+                                  if (!isis::systemId(text)) return std::nullopt;
+                                  return isis::systemIdText(isis::systemIdBlob(text));
+                              }};
 
-int learnIsisLsps(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
-    auto fail = [interp](const std::string& text) {
-        Tcl_SetObjResult(interp, Tcl_NewStringObj(text.c_str(), -1));
-        return TCL_ERROR;
-    };
-    if (objc != 2) return fail("wrong # args: should be \"zkchassis::learn isisLsps C D P systemId lspList\"");
-    std::string id = Tcl_GetString(objv[0]);
-    if (!isis::systemId(id)) return fail("invalid systemId \"" + id + "\": expected six bytes");
-    hal::EBlob systemId = isis::systemIdBlob(id);
-    int count;
-    Tcl_Obj** lsps;
-    if (Tcl_ListObjGetElements(interp, objv[1], &count, &lsps) != TCL_OK) return TCL_ERROR;
-    auto data = std::make_shared<LearnedIsisLsps>();
-    data->lsps.resize(size_t(count));
-    for (int i = 0; i < count; ++i)
-        if (std::string why = parseLsp(lsps[i], systemId, data->lsps[size_t(i)]); !why.empty())
-            return fail("LSP " + std::to_string(i + 1) + " of lspList: " + why);
-    chassis::Lab::instance().replies().learn(port.id.key(), kIsisLspsKind, isis::systemIdText(systemId), data);
-    Tcl_ResetResult(interp);
-    return TCL_OK;
+// Without -lspId an LSP is the router's own first fragment: its system ID
+// (the key, canonical) and two zero bytes.
+std::string readLsp(Tcl_Obj* element, const std::string& systemId, Lsp& lsp) {
+    Lsp start;
+    start.lspId = isis::systemIdBlob(systemId);
+    start.lspId.bytes.resize(8, 0);
+    return learn::withOptions<Lsp>(kLspOptions, start)(element, systemId, lsp);
 }
 
 struct RegisterLearnedIsisLsps {
-    RegisterLearnedIsisLsps() { chassis::registerLearnKind(kIsisLspsKind, "systemId lspList", learnIsisLsps); }
+    RegisterLearnedIsisLsps() {
+        learn::registerItems<Lsp>(kIsisLspsKind, "systemId lspList", &kSystemIdKey, "LSP", readLsp);
+    }
 } registerLearnedIsisLsps;
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/learned_reply.h"
 #include "hal/isis.h"
 
 namespace zk {
@@ -15,10 +15,6 @@ namespace zk {
 // `zkchassis::learn isisLsps` files its lists under this kind, per router
 // system ID in its dotted form ("0000.0000.0001").
 inline constexpr const char* kIsisLspsKind = "isisLsps";
-
-struct LearnedIsisLsps : chassis::LearnedData {
-    std::vector<hal::EISISLearnedLSP> lsps;
-};
 
 class TCLIsisLearnedLsp : public binding::Staged<TCLIsisLearnedLsp, hal::EISISLearnedLSP> {
 public:

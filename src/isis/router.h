@@ -60,7 +60,7 @@ private:
     void forgetLearned();
 
     Ref<TCLIsisLearnedLsp> learnedLsp_;
-    LearnedList<LearnedIsisLsps, &LearnedIsisLsps::lsps> learned_;
+    LearnedList<hal::EISISLearnedLSP> learned_;
 };
 
 class TCLIsisServer : public RouterServer<hal::EISISServer, TCLIsisRouter, &hal::EISISServer::routers, Protocol::Isis> {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/learned_reply.h"
 #include "hal/ldp.h"
 
 namespace zk {
@@ -14,10 +14,6 @@ namespace zk {
 // `zkchassis::learn ldpLabels C D P routerId labelList` files the labels
 // under this kind, per router ID in dotted form.
 inline constexpr const char* kLdpLabelsKind = "ldpLabels";
-
-struct LearnedLdpLabels : chassis::LearnedData {
-    std::vector<hal::ELdpLearnedLabel> labels;
-};
 
 // FEC element types (RFC 5036, RFC 4447).
 inline constexpr int kFecPrefix = 2;

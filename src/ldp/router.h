@@ -57,7 +57,7 @@ private:
     void forgetLearned();
 
     Ref<TCLLdpLearnedLabel> learnedLabel_;
-    LearnedList<LearnedLdpLabels, &LearnedLdpLabels::labels> learned_;
+    LearnedList<hal::ELdpLearnedLabel> learned_;
 };
 
 class TCLLdpServer : public RouterServer<hal::ELdpServer, TCLLdpRouter, &hal::ELdpServer::routers, Protocol::Ldp> {

@@ -72,22 +72,4 @@ void checkGroupAddress(Checks& k, const std::string& cls, const char* option, co
         k.fail(cls + "::Validate()   " + option + " " + text + " is not a multicast address (" + groupSpace(v6) + ").");
 }
 
-bool learnedNumber(Tcl_Obj* value, long long lo, long long hi, long long& out) {
-    Tcl_WideInt w;
-    if (Tcl_GetWideIntFromObj(nullptr, value, &w) != TCL_OK || w < lo || w > hi) return false;
-    out = w;
-    return true;
-}
-
-bool learnedAddress(Tcl_Obj* value, bool v6, hal::EIPAddress& out) {
-    auto a = v6 ? ipv6Address(Tcl_GetString(value)) : ipv4Address(Tcl_GetString(value));
-    if (a) out = *a;
-    return a.has_value();
-}
-
-int learnFailure(Tcl_Interp* interp, const std::string& text) {
-    Tcl_SetObjResult(interp, Tcl_NewStringObj(text.c_str(), -1));
-    return TCL_ERROR;
-}
-
 }  // namespace zk::mcast

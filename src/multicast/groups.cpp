@@ -227,25 +227,20 @@ void describeServer(binding::ClassDesc<GroupServer<F>>& c) {
 
 // ---- zkchassis::learn igmpGroups / mldGroups C D P groupList ----
 
+// `zkchassis::learn igmpGroups|mldGroups C D P groupList`: the groups the
+// port's hosts take part in, of the family's addresses.
 template <class F>
-const std::vector<LearnedOption<hal::EMulticastLearnedGroup>>& learnedGroupOptions() {
+void registerLearnedGroups() {
     using G = hal::EMulticastLearnedGroup;
-    static const std::vector<LearnedOption<G>> options = {
+    constexpr int family = F::v6 ? 6 : 4;
+    static const learn::Option<G> options[] = {
         {"-groupAddress",
          [](Tcl_Obj* v, G& g) {
-             return multicastAddress(Tcl_GetString(v), F::v6) && learnedAddress(v, F::v6, g.group);
+             return multicastAddress(Tcl_GetString(v), F::v6) && learn::address<&G::group, family>(v, g);
          }},
-        {"-querierAddress", [](Tcl_Obj* v, G& g) { return learnedAddress(v, F::v6, g.querier); }},
-        {"-version",
-         [](Tcl_Obj* v, G& g) {
-             long long n;
-             return learnedNumber(v, 1, F::lastVersion, n) && (g.version = uint8_t(n), true);
-         }},
-        {"-sourceMode",
-         [](Tcl_Obj* v, G& g) {
-             long long n;
-             return learnedNumber(v, 0, 1, n) && (g.sourceMode = uint8_t(n), true);
-         }},
+        {"-querierAddress", learn::address<&G::querier, family>},
+        {"-version", learn::number<&G::version, 1, F::lastVersion>},
+        {"-sourceMode", learn::number<&G::sourceMode, 0, 1>},
         {"-sources",
          [](Tcl_Obj* v, G& g) {
              int n;
@@ -253,33 +248,17 @@ const std::vector<LearnedOption<hal::EMulticastLearnedGroup>>& learnedGroupOptio
              if (Tcl_ListObjGetElements(nullptr, v, &n, &items) != TCL_OK) return false;
              std::string text;
              for (int i = 0; i < n; ++i) {
-                 hal::EIPAddress a;
-                 if (!unicastAddress(Tcl_GetString(items[i]), F::v6) || !learnedAddress(items[i], F::v6, a))
-                     return false;
-                 text += (i ? " " : "") + a.ToString();
+                 auto a = (F::v6 ? ipv6Address : ipv4Address)(Tcl_GetString(items[i]));
+                 if (!a || !unicastAddress(Tcl_GetString(items[i]), F::v6)) return false;
+                 text += (i ? " " : "") + a->ToString();
              }
              g.sources = text;
              return true;
          }},
-        {"-groupTimer",
-         [](Tcl_Obj* v, G& g) {
-             long long n;
-             return learnedNumber(v, 0, UINT32_MAX, n) && (g.groupTimer = uint32_t(n), true);
-         }},
+        {"-groupTimer", learn::number<&G::groupTimer, 0, UINT32_MAX>},
     };
-    return options;
-}
-
-template <class F>
-int learnGroups(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
-    const char* kind = F::v6 ? kMldGroupsKind : kIgmpGroupsKind;
-    if (objc != 1)
-        return learnFailure(interp,
-                            std::string("wrong # args: should be \"zkchassis::learn ") + kind + " C D P groupList\"");
-    std::vector<hal::EMulticastLearnedGroup> groups;
-    std::string why = readLearnedItems(objv[0], learnedGroupOptions<F>(), "group", "groupList", groups);
-    if (!why.empty()) return learnFailure(interp, why);
-    return fileLearned(interp, port, kind, "", std::move(groups));
+    learn::registerItems<G>(F::v6 ? kMldGroupsKind : kIgmpGroupsKind, "groupList", nullptr, "group",
+                            learn::withOptions<G>(options));
 }
 
 }  // namespace mcast
@@ -304,8 +283,8 @@ static binding::Describe<TCLMldServer> describeMldServer("TCLMldServer", [](auto
 namespace {
 struct RegisterLearnedMulticastGroups {
     RegisterLearnedMulticastGroups() {
-        chassis::registerLearnKind(kIgmpGroupsKind, "groupList", mcast::learnGroups<hal::IgmpFamily>);
-        chassis::registerLearnKind(kMldGroupsKind, "groupList", mcast::learnGroups<hal::MldFamily>);
+        mcast::registerLearnedGroups<hal::IgmpFamily>();
+        mcast::registerLearnedGroups<hal::MldFamily>();
     }
 } registerLearnedMulticastGroups;
 }  // namespace

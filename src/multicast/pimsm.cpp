@@ -286,65 +286,32 @@ namespace {
 
 using Neighbor = hal::EPimsmLearnedNeighbor;
 using Rp = hal::EPimsmLearnedRp;
-using mcast::learnedAddress;
-using mcast::learnedNumber;
 
-template <class Field>
-bool storeNumber(Tcl_Obj* v, long long lo, long long hi, Field& out) {
-    long long n;
-    if (!learnedNumber(v, lo, hi, n)) return false;
-    out = Field(n);
-    return true;
-}
-
-const std::vector<mcast::LearnedOption<Neighbor>> kNeighborOptions = {
-    {"-neighborAddress", [](Tcl_Obj* v, Neighbor& n) { return learnedAddress(v, false, n.neighbor); }},
-    {"-interfaceAddress", [](Tcl_Obj* v, Neighbor& n) { return learnedAddress(v, false, n.interfaceAddress); }},
-    {"-drPriority", [](Tcl_Obj* v, Neighbor& n) { return storeNumber(v, 0, UINT32_MAX, n.drPriority); }},
-    {"-generationId", [](Tcl_Obj* v, Neighbor& n) { return storeNumber(v, 0, UINT32_MAX, n.generationId); }},
-    {"-holdTime", [](Tcl_Obj* v, Neighbor& n) { return storeNumber(v, 0, 65535, n.holdTime); }},
+const learn::Option<Neighbor> kNeighborOptions[] = {
+    {"-neighborAddress", learn::ipv4<&Neighbor::neighbor>},
+    {"-interfaceAddress", learn::ipv4<&Neighbor::interfaceAddress>},
+    {"-drPriority", learn::number<&Neighbor::drPriority, 0, UINT32_MAX>},
+    {"-generationId", learn::number<&Neighbor::generationId, 0, UINT32_MAX>},
+    {"-holdTime", learn::number<&Neighbor::holdTime, 0, 65535>},
 };
 
-const std::vector<mcast::LearnedOption<Rp>> kRpOptions = {
-    {"-rpAddress", [](Tcl_Obj* v, Rp& r) { return learnedAddress(v, false, r.rp); }},
+const learn::Option<Rp> kRpOptions[] = {
+    {"-rpAddress", learn::ipv4<&Rp::rp>},
     {"-groupAddress",
      [](Tcl_Obj* v, Rp& r) {
-         return mcast::multicastAddress(Tcl_GetString(v), false) && learnedAddress(v, false, r.group);
+         return mcast::multicastAddress(Tcl_GetString(v), false) && learn::ipv4<&Rp::group>(v, r);
      }},
-    {"-maskWidth", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 4, 32, r.prefixLength); }},
-    {"-priority", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 0, 255, r.priority); }},
-    {"-holdTime", [](Tcl_Obj* v, Rp& r) { return storeNumber(v, 0, 65535, r.holdTime); }},
+    {"-maskWidth", learn::number<&Rp::prefixLength, 4, 32>},
+    {"-priority", learn::number<&Rp::priority, 0, 255>},
+    {"-holdTime", learn::number<&Rp::holdTime, 0, 65535>},
 };
-
-// Both kinds: C D P routerId list, the list's items read with `options`.
-template <class Item>
-int learnPimsm(Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[], const char* kind,
-               const char* what, const char* listName, const std::vector<mcast::LearnedOption<Item>>& options) {
-    if (objc != 2)
-        return mcast::learnFailure(interp, std::string("wrong # args: should be \"zkchassis::learn ") + kind +
-                                               " C D P routerId " + listName + "\"");
-    hal::EIPAddress routerId;
-    if (!learnedAddress(objv[0], false, routerId))
-        return mcast::learnFailure(
-            interp, std::string("invalid routerId \"") + Tcl_GetString(objv[0]) + "\": expected an IPv4 address");
-    std::vector<Item> items;
-    std::string why = mcast::readLearnedItems(objv[1], options, what, listName, items);
-    if (!why.empty()) return mcast::learnFailure(interp, why);
-    return mcast::fileLearned(interp, port, kind, routerId.ToString(), std::move(items));
-}
 
 struct RegisterLearnedPimsm {
     RegisterLearnedPimsm() {
-        chassis::registerLearnKind(kPimsmNeighborsKind, "routerId neighborList",
-                                   [](Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
-                                       return learnPimsm(interp, port, objc, objv, kPimsmNeighborsKind, "neighbor",
-                                                         "neighborList", kNeighborOptions);
-                                   });
-        chassis::registerLearnKind(kPimsmRpSetKind, "routerId rpList",
-                                   [](Tcl_Interp* interp, chassis::Port& port, int objc, Tcl_Obj* const objv[]) {
-                                       return learnPimsm(interp, port, objc, objv, kPimsmRpSetKind, "RP", "rpList",
-                                                         kRpOptions);
-                                   });
+        learn::registerItems<Neighbor>(kPimsmNeighborsKind, "routerId neighborList", &learn::kIpv4Key, "neighbor",
+                                       learn::withOptions<Neighbor>(kNeighborOptions));
+        learn::registerItems<Rp>(kPimsmRpSetKind, "routerId rpList", &learn::kIpv4Key, "RP",
+                                 learn::withOptions<Rp>(kRpOptions));
     }
 } registerLearnedPimsm;
 

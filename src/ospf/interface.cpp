@@ -12,7 +12,8 @@
 
 namespace zk {
 
-std::string learnedLsaKey(const std::string& ipText) {
+// The interface address as learned LSAs are filed under it: dotted.
+static std::string learnedLsaKey(const std::string& ipText) {
     auto a = ipv4Address(ipText);
     return a ? a->ToString() : ipText;
 }

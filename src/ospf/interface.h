@@ -16,15 +16,9 @@
 
 namespace zk {
 
-// What a port answers to a learned-LSA request: the LSAs in its database
-// for one interface address.
-struct LearnedLsaList : chassis::LearnedData {
-    std::vector<hal::EOSPFUserLSA> lsas;
-};
 // What `zkchassis::learn ospfLsas` files the lists under: the kind, and per
 // list the interface address in its dotted form.
 inline constexpr const char* kOspfLsasKind = "ospfLsas";
-std::string learnedLsaKey(const std::string& ipText);
 
 class TCLOspfInterface : public binding::Staged<TCLOspfInterface, hal::EOSPFInterface>, public TeBandwidths {
 public:
@@ -73,7 +67,7 @@ private:
     Ref<TCLOspfUserLsa> userLsa_;
     Ref<TCLOspfNetworkRange> networkRange_;
 
-    LearnedLsas<LearnedLsaList> learned_{"TCLOspfInterface"};
+    LearnedLsas<hal::EOSPFUserLSA> learned_{"TCLOspfInterface"};
 };
 
 }  // namespace zk

@@ -16,11 +16,6 @@
 
 namespace zk {
 
-// What a port answers to a learned-LSA request: the LSAs in its database
-// for one interface address.
-struct OspfV3LearnedLsaList : chassis::LearnedData {
-    std::vector<hal::EOSPFv3LearnedLSA> lsas;
-};
 // What `zkchassis::learn ospfv3Lsas` files the lists under: the kind, and
 // per list the interface address in its canonical IPv6 form.
 inline constexpr const char* kOspfV3LsasKind = "ospfv3Lsas";
@@ -73,7 +68,7 @@ private:
     Ref<TCLOspfV3LearnedLsa> learnedLsa_;
     Ref<TCLOspfV3NetworkRange> networkRange_;
 
-    LearnedLsas<OspfV3LearnedLsaList> learned_{"TCLOspfV3Interface"};
+    LearnedLsas<hal::EOSPFv3LearnedLSA> learned_{"TCLOspfV3Interface"};
 };
 
 }  // namespace zk

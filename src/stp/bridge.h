@@ -55,7 +55,7 @@ private:
     Ref<TCLStpLearnedBridge> learnedBridge_;
     Ref<TCLStpLearnedInterface> learnedInterface_;
     LearnedReply<LearnedStpBridge> bridgeReply_;
-    LearnedList<LearnedStpInterfaces, &LearnedStpInterfaces::interfaces> interfacesLearned_;
+    LearnedList<hal::EStpLearnedInterface> interfacesLearned_;
 };
 
 class TCLStpServer : public Server<hal::EStpServer> {

@@ -7,17 +7,13 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/learned_reply.h"
 #include "hal/stp.h"
 
 namespace zk {
 
 struct LearnedStpBridge : chassis::LearnedData {
     hal::EStpLearnedBridge bridge;
-};
-
-struct LearnedStpInterfaces : chassis::LearnedData {
-    std::vector<hal::EStpLearnedInterface> interfaces;
 };
 
 // The root and designated bridge, the bridge's root port and its

@@ -45,38 +45,22 @@ public:
     explicit LearnedWalk(Staging* staging) : staging_(staging) {}
 
     void send(const chassis::Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
-        forget();
-        reply_.send(port, kind, key, std::move(owner));
+        list_.forget();
+        list_.reply().send(port, kind, key, std::move(owner));
     }
     // True once the answer is in; the walk then starts over.
-    bool fetch() {
-        if (!reply_.arrived()) return false;
-        data_ = reply_.data() ? reply_.data() : std::make_shared<const LearnedItems<Item>>();
-        cursor_ = 0;
-        return true;
-    }
-    int count() const { return data_ ? int(data_->items.size()) : 0; }
+    bool fetch() { return list_.take(); }
+    int count() const { return int(list_.size()); }
     bool first() {
-        cursor_ = 0;
+        list_.rewind();
         return next();
     }
-    bool next() {
-        Staging* s = staging_.get();
-        if (!s || !data_ || cursor_ >= data_->items.size()) return false;
-        s->FromRecord(data_->items[cursor_++]);
-        return true;
-    }
-    void forget() {
-        reply_.forget();
-        data_.reset();
-        cursor_ = 0;
-    }
+    bool next() { return list_.next(staging_.get()); }
+    void forget() { list_.forget(); }
 
 private:
     Ref<Staging> staging_;
-    LearnedReply<LearnedItems<Item>> reply_;
-    std::shared_ptr<const LearnedItems<Item>> data_;
-    size_t cursor_ = 0;
+    LearnedList<Item> list_;
 };
 
 }  // namespace zk::mcast

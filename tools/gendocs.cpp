@@ -117,7 +117,7 @@ void writeClass(std::ostream& out, const ClassRecord& cls, Tcl_Interp* interp) {
             const AttrRecord& a = *cls.attributes[i];
             std::string def = i < defaults.size() ? code(defaults[i].empty() ? "\"\"" : defaults[i]) : "—";
             out << "| " << code("-" + a.name) << " | " << typeOf(a) << " | "
-                << (a.set ? "read-write" : "read-only") << " | " << def << " |\n";
+                << (a.set ? "read-write" : "read-only") << (a.learn ? ", learned" : "") << " | " << def << " |\n";
         }
         out << "\n";
     }
@@ -155,6 +155,7 @@ std::string reference(Tcl_Interp* interp) {
            "`long` likewise with 64 bits; anything beyond is refused; "
            "`bool` likewise, kept as 0 or 1; `double` a floating-point number; `text` any text; `handle` a pointer handle, an instance command name or `NULL`. A method "
            "whose result is a *result code* copies its message into `::zkErrorInfo` when the code is not 0. "
+           "A *learned* option is one a test loads into a port with `zkchassis::learn` (see [chassis.md](chassis.md)). "
            "Defaults are read from an object constructed with `NULL` for every staging object.\n\n";
     for (const auto& cls : all) out << "- [" << cls->name << "](#" << anchor(cls->name) << ")\n";
     out << "\n";

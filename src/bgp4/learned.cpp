@@ -1,7 +1,7 @@
 #include "bgp4/learned.h"
 
 #include "bgp4/forms.h"
-#include "core/learn_input.h"
+#include "binding/learned.h"
 #include "core/parse.h"
 
 namespace zk {
@@ -9,19 +9,24 @@ namespace zk {
 static binding::Describe<TCLBgp4LearnedRoute> describeBgp4LearnedRoute("TCLBgp4LearnedRoute", [](auto& c) {
     using T = TCLBgp4LearnedRoute;
     using R = hal::EBGP::LearnedRoute;
+    auto address = [](const std::string& text) { return ipv4(text) || ipv6(text); };
     c.constructor();
-    c.readOnly("family", &T::family).maps(&R::family);
-    c.readOnly("networkAddress", &T::networkAddress).maps(&R::network);
-    c.readOnly("prefixLength", &T::prefixLength).maps(&R::prefixLength);
-    c.readOnly("nextHopIpAddress", &T::nextHopIpAddress).maps(&R::nextHop);
-    c.readOnly("origin", &T::origin).maps(&R::origin);
-    c.readOnly("asPath", &T::asPath).mapsVia([](const std::string&) { return std::vector<uint16_t>{}; },
-                                             bgp4::formatAsList, &R::asPath);
-    c.readOnly("localPref", &T::localPref).maps(&R::localPreference);
-    c.readOnly("med", &T::med).maps(&R::med);
+    c.readOnly("family", &T::family).maps(&R::family).learned(range(1, 9));
+    c.readOnly("networkAddress", &T::networkAddress).maps(&R::network).learned(address);
+    c.readOnly("prefixLength", &T::prefixLength).maps(&R::prefixLength).learned(range(0, 128));
+    c.readOnly("nextHopIpAddress", &T::nextHopIpAddress).maps(&R::nextHop).learned(address);
+    c.readOnly("origin", &T::origin).maps(&R::origin).learned(range(0, 2));
+    c.readOnly("asPath", &T::asPath)
+        .mapsVia([](const std::string& s) { return bgp4::parseAsList(s).value_or(std::vector<uint16_t>{}); },
+                 bgp4::formatAsList, &R::asPath)
+        .learned([](const std::string& s) { return bgp4::parseAsList(s).has_value(); });
+    c.readOnly("localPref", &T::localPref).maps(&R::localPreference).learned(range(0, UINT32_MAX));
+    c.readOnly("med", &T::med).maps(&R::med).learned(range(0, UINT32_MAX));
     c.readOnly("communities", &T::communities)
-        .mapsVia([](const std::string&) { return std::vector<uint32_t>{}; }, bgp4::formatCommunities, &R::communities);
-    c.readOnly("label", &T::label).maps(&R::label);
+        .mapsVia([](const std::string& s) { return bgp4::parseCommunities(s).value_or(std::vector<uint32_t>{}); },
+                 bgp4::formatCommunities, &R::communities)
+        .learned([](const std::string& s) { return bgp4::parseCommunities(s).has_value(); });
+    c.readOnly("label", &T::label).maps(&R::label).learned(range(0, 1048575));
     c.method("setDefault", &T::setDefault);
 });
 
@@ -60,22 +65,9 @@ namespace {
 
 using Route = hal::EBGP::LearnedRoute;
 
-const learn::Option<Route> kRouteOptions[] = {
-    {"-family", learn::number<&Route::family, 1, 9>},
-    {"-networkAddress", learn::anyIp<&Route::network>},
-    {"-prefixLength", learn::number<&Route::prefixLength, 0, 128>},
-    {"-nextHopIpAddress", learn::anyIp<&Route::nextHop>},
-    {"-origin", learn::number<&Route::origin, 0, 2>},
-    {"-asPath", learn::parsed<&Route::asPath, bgp4::parseAsList>},
-    {"-localPref", learn::number<&Route::localPreference, 0, UINT32_MAX>},
-    {"-med", learn::number<&Route::med, 0, UINT32_MAX>},
-    {"-communities", learn::parsed<&Route::communities, bgp4::parseCommunities>},
-    {"-label", learn::number<&Route::label, 0, 1048575>},
-};
-
 // Without -family a route is unicast of its address's family.
 void settleFamily(Route& r, const learn::Given& given) {
-    if (!given.has("-family")) r.family = r.network.IsV6() ? bgp4::kFamilyIpV6Unicast : 1;
+    if (!given.has("family")) r.family = r.network.IsV6() ? bgp4::kFamilyIpV6Unicast : 1;
 }
 
 int learnStats(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
@@ -98,7 +90,7 @@ int learnStats(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
 struct RegisterLearnedBgp {
     RegisterLearnedBgp() {
         learn::registerItems<Route>(kBgpRoutesKind, "dutIp routeList", &learn::kAnyIpKey, "route",
-                                    learn::withOptions<Route>(kRouteOptions, {}, settleFamily));
+                                    binding::learnedItems<TCLBgp4LearnedRoute>({}, settleFamily));
         chassis::registerLearnKind(kBgpStatsKind, "dutIp {selector value ...}", learnStats);
     }
 } registerLearnedBgp;

@@ -54,6 +54,10 @@ struct AttrRecord {
     Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
     void (*result)(const AttrRecord&, Tcl_Interp*, Object*) = nullptr;  // the value as the interpreter result
     bool (*set)(const AttrRecord&, Tcl_Interp*, Object*, Tcl_Obj*, ConvertError&) = nullptr;  // null: read-only
+    // How a value a port learned (`zkchassis::learn`) is read into the
+    // option, read-only ones too; false refuses it. Null: never learned.
+    bool (*learn)(const AttrRecord&, Object&, Tcl_Obj*) = nullptr;
+    const void* learnData = nullptr;  // kept by the class
 };
 
 struct MethodRecord {
@@ -336,6 +340,20 @@ public:
         return *this;
     }
 
+    // The option is what a port learns (`zkchassis::learn ... -option
+    // value`): an integer option takes the integers `good` accepts
+    // (`range(0, 65535)`), a text option the texts (`ipv4`); without a
+    // predicate any text.
+    template <class P>
+    OptionRef& learned(P good) {
+        attr_.learn = &learnValue<P>;
+        attr_.learnData = cls_.keep(LearnData<P>{good, member_});
+        return *this;
+    }
+    OptionRef& learned() {
+        return learned([](const std::string&) { return true; });
+    }
+
     // Text options refused by the binding beyond this many characters.
     OptionRef& maxChars(size_t n) {
         attr_.maxLength = n;
@@ -355,6 +373,25 @@ private:
         const T& t = static_cast<const T&>(o);
         if constexpr (std::is_invocable_r_v<bool, P, const T&>) c.that(d.good(t), d.message);
         else c.that(d.good(t.*d.member), d.message);
+    }
+    template <class P>
+    struct LearnData {
+        P good;
+        M B::*member;
+    };
+    template <class P>
+    static bool learnValue(const AttrRecord& a, Object& o, Tcl_Obj* value) {
+        const auto& d = *static_cast<const LearnData<P>*>(a.learnData);
+        if constexpr (std::is_integral_v<M>) {
+            Tcl_WideInt w;
+            if (Tcl_GetWideIntFromObj(nullptr, value, &w) != TCL_OK || !d.good(w)) return false;
+            static_cast<T&>(o).*d.member = M(w);
+        } else {
+            std::string text = Tcl_GetString(value);
+            if (!d.good(text)) return false;
+            static_cast<T&>(o).*d.member = std::move(text);
+        }
+        return true;
     }
     template <class F>
     static void runCheckWith(const void* data, const Object& o, Checks& c) {

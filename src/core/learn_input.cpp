@@ -6,57 +6,19 @@
 
 namespace zk::learn {
 
-namespace detail {
-
-bool wide(Tcl_Obj* value, long long lo, long long hi, long long& out) {
-    Tcl_WideInt w;
-    if (Tcl_GetWideIntFromObj(nullptr, value, &w) != TCL_OK || w < lo || w > hi) return false;
-    out = w;
-    return true;
-}
-
-std::optional<hal::EIPAddress> address(Tcl_Obj* value, int family) {
-    const char* text = Tcl_GetString(value);
-    if (family != 6)
-        if (auto a = ipv4Address(text)) return a;
-    if (family != 4) return ipv6Address(text);
-    return std::nullopt;
-}
-
-std::optional<hal::EBlob> mac(Tcl_Obj* value) {
-    const char* text = Tcl_GetString(value);
-    if (!validMac(text)) return std::nullopt;
-    return macBlob(text);
-}
-
-std::string pairsOf(Tcl_Obj* element, int& n, Tcl_Obj**& pairs) {
-    if (Tcl_ListObjGetElements(nullptr, element, &n, &pairs) != TCL_OK || n % 2)
-        return "expected a list of -option value pairs";
-    return "";
-}
-
-std::string unknownOption(std::string_view option, const std::vector<std::string_view>& names) {
-    std::string text = "unknown option \"" + std::string(option) + "\": must be ";
-    for (size_t i = 0; i < names.size(); ++i)
-        text += std::string(i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + std::string(names[i]);
-    return text;
-}
-
-std::string badValue(std::string_view option, Tcl_Obj* value) {
-    return "bad value for " + std::string(option) + ": \"" + Tcl_GetString(value) + "\"";
-}
-
-}  // namespace detail
-
 bool Given::has(std::string_view option) const {
-    for (std::string_view n : names_)
+    for (const std::string& n : names_)
         if (n == option) return true;
     return false;
 }
 
 namespace {
+// An address of the family (4 or 6; 0 either) in its canonical text.
 std::optional<std::string> addressKey(Tcl_Obj* value, int family) {
-    auto a = detail::address(value, family);
+    const char* text = Tcl_GetString(value);
+    std::optional<hal::EIPAddress> a;
+    if (family != 6) a = ipv4Address(text);
+    if (!a && family != 4) a = ipv6Address(text);
     if (!a) return std::nullopt;
     return a->ToString();
 }

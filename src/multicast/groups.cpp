@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "binding/collection_methods.h"
+#include "binding/learned.h"
 
 namespace zk {
 namespace mcast {
@@ -183,17 +184,41 @@ void describeHost(binding::ClassDesc<Host<F>>& c) {
     describeCollection<&T::groupRanges>(c, "GroupRange", "groupRangeId", "clearAllGroupRanges");
 }
 
+// A learned group's sources: unicast addresses of the family, a Tcl list
+// kept in their canonical text; nullopt for anything else.
+template <class F>
+std::optional<std::string> learnedSources(const std::string& text) {
+    int n;
+    const char** items;
+    if (Tcl_SplitList(nullptr, text.c_str(), &n, &items) != TCL_OK) return std::nullopt;
+    std::string canonical;
+    bool good = true;
+    for (int i = 0; i < n && good; ++i) {
+        good = unicastAddress(items[i], F::v6);
+        if (good) canonical += (i ? " " : "") + anyAddress(items[i]).ToString();
+    }
+    Tcl_Free(reinterpret_cast<char*>(items));
+    if (!good) return std::nullopt;
+    return canonical;
+}
+
 template <class F>
 void describeLearnedGroup(binding::ClassDesc<LearnedGroup<F>>& c) {
     using T = LearnedGroup<F>;
     using R = hal::EMulticastLearnedGroup;
+    auto address = [](const std::string& text) { return F::v6 ? ipv6(text) : ipv4(text); };
     c.constructor();
-    c.readOnly("groupAddress", &T::groupAddress).maps(&R::group);
-    c.readOnly("querierAddress", &T::querierAddress).maps(&R::querier);
-    c.readOnly("version", &T::version).maps(&R::version);
-    c.readOnly("sourceMode", &T::sourceMode).maps(&R::sourceMode);
-    c.readOnly("sources", &T::sources).maps(&R::sources);
-    c.readOnly("groupTimer", &T::groupTimer).maps(&R::groupTimer);
+    c.readOnly("groupAddress", &T::groupAddress)
+        .maps(&R::group)
+        .learned([](const std::string& text) { return multicastAddress(text, F::v6); });
+    c.readOnly("querierAddress", &T::querierAddress).maps(&R::querier).learned(address);
+    c.readOnly("version", &T::version).maps(&R::version).learned(range(1, F::lastVersion));
+    c.readOnly("sourceMode", &T::sourceMode).maps(&R::sourceMode).learned(boolean);
+    c.readOnly("sources", &T::sources)
+        .mapsVia([](const std::string& text) { return learnedSources<F>(text).value_or(""); },
+                 [](const std::string& text) { return text; }, &R::sources)
+        .learned([](const std::string& text) { return learnedSources<F>(text).has_value(); });
+    c.readOnly("groupTimer", &T::groupTimer).maps(&R::groupTimer).learned(range(0, UINT32_MAX));
     c.method("setDefault", &T::setDefault);
 }
 
@@ -231,34 +256,8 @@ void describeServer(binding::ClassDesc<GroupServer<F>>& c) {
 // port's hosts take part in, of the family's addresses.
 template <class F>
 void registerLearnedGroups() {
-    using G = hal::EMulticastLearnedGroup;
-    constexpr int family = F::v6 ? 6 : 4;
-    static const learn::Option<G> options[] = {
-        {"-groupAddress",
-         [](Tcl_Obj* v, G& g) {
-             return multicastAddress(Tcl_GetString(v), F::v6) && learn::address<&G::group, family>(v, g);
-         }},
-        {"-querierAddress", learn::address<&G::querier, family>},
-        {"-version", learn::number<&G::version, 1, F::lastVersion>},
-        {"-sourceMode", learn::number<&G::sourceMode, 0, 1>},
-        {"-sources",
-         [](Tcl_Obj* v, G& g) {
-             int n;
-             Tcl_Obj** items;
-             if (Tcl_ListObjGetElements(nullptr, v, &n, &items) != TCL_OK) return false;
-             std::string text;
-             for (int i = 0; i < n; ++i) {
-                 auto a = (F::v6 ? ipv6Address : ipv4Address)(Tcl_GetString(items[i]));
-                 if (!a || !unicastAddress(Tcl_GetString(items[i]), F::v6)) return false;
-                 text += (i ? " " : "") + a->ToString();
-             }
-             g.sources = text;
-             return true;
-         }},
-        {"-groupTimer", learn::number<&G::groupTimer, 0, UINT32_MAX>},
-    };
-    learn::registerItems<G>(F::v6 ? kMldGroupsKind : kIgmpGroupsKind, "groupList", nullptr, "group",
-                            learn::withOptions<G>(options));
+    learn::registerItems<hal::EMulticastLearnedGroup>(F::v6 ? kMldGroupsKind : kIgmpGroupsKind, "groupList", nullptr,
+                                                      "group", binding::learnedItems<LearnedGroup<F>>());
 }
 
 }  // namespace mcast

@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "binding/collection_methods.h"
+#include "binding/learned.h"
 
 namespace zk {
 
@@ -130,11 +131,11 @@ static binding::Describe<TCLPimsmLearnedNeighbor> describePimsmLearnedNeighbor("
     using T = TCLPimsmLearnedNeighbor;
     using R = hal::EPimsmLearnedNeighbor;
     c.constructor();
-    c.readOnly("neighborAddress", &T::neighborAddress).maps(&R::neighbor);
-    c.readOnly("interfaceAddress", &T::interfaceAddress).maps(&R::interfaceAddress);
-    c.readOnly("drPriority", &T::drPriority).maps(&R::drPriority);
-    c.readOnly("generationId", &T::generationId).maps(&R::generationId);
-    c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime);
+    c.readOnly("neighborAddress", &T::neighborAddress).maps(&R::neighbor).learned(ipv4);
+    c.readOnly("interfaceAddress", &T::interfaceAddress).maps(&R::interfaceAddress).learned(ipv4);
+    c.readOnly("drPriority", &T::drPriority).maps(&R::drPriority).learned(range(0, UINT32_MAX));
+    c.readOnly("generationId", &T::generationId).maps(&R::generationId).learned(range(0, UINT32_MAX));
+    c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime).learned(range(0, 65535));
     c.method("setDefault", &T::setDefault);
 });
 
@@ -142,11 +143,13 @@ static binding::Describe<TCLPimsmLearnedRp> describePimsmLearnedRp("TCLPimsmLear
     using T = TCLPimsmLearnedRp;
     using R = hal::EPimsmLearnedRp;
     c.constructor();
-    c.readOnly("rpAddress", &T::rpAddress).maps(&R::rp);
-    c.readOnly("groupAddress", &T::groupAddress).maps(&R::group);
-    c.readOnly("maskWidth", &T::maskWidth).maps(&R::prefixLength);
-    c.readOnly("priority", &T::priority).maps(&R::priority);
-    c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime);
+    c.readOnly("rpAddress", &T::rpAddress).maps(&R::rp).learned(ipv4);
+    c.readOnly("groupAddress", &T::groupAddress)
+        .maps(&R::group)
+        .learned([](const std::string& text) { return mcast::multicastAddress(text, false); });
+    c.readOnly("maskWidth", &T::maskWidth).maps(&R::prefixLength).learned(range(4, 32));
+    c.readOnly("priority", &T::priority).maps(&R::priority).learned(range(0, 255));
+    c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime).learned(range(0, 65535));
     c.method("setDefault", &T::setDefault);
 });
 
@@ -284,34 +287,13 @@ static binding::Describe<TCLPimsmServer> describePimsmServer("TCLPimsmServer", [
 
 namespace {
 
-using Neighbor = hal::EPimsmLearnedNeighbor;
-using Rp = hal::EPimsmLearnedRp;
-
-const learn::Option<Neighbor> kNeighborOptions[] = {
-    {"-neighborAddress", learn::ipv4<&Neighbor::neighbor>},
-    {"-interfaceAddress", learn::ipv4<&Neighbor::interfaceAddress>},
-    {"-drPriority", learn::number<&Neighbor::drPriority, 0, UINT32_MAX>},
-    {"-generationId", learn::number<&Neighbor::generationId, 0, UINT32_MAX>},
-    {"-holdTime", learn::number<&Neighbor::holdTime, 0, 65535>},
-};
-
-const learn::Option<Rp> kRpOptions[] = {
-    {"-rpAddress", learn::ipv4<&Rp::rp>},
-    {"-groupAddress",
-     [](Tcl_Obj* v, Rp& r) {
-         return mcast::multicastAddress(Tcl_GetString(v), false) && learn::ipv4<&Rp::group>(v, r);
-     }},
-    {"-maskWidth", learn::number<&Rp::prefixLength, 4, 32>},
-    {"-priority", learn::number<&Rp::priority, 0, 255>},
-    {"-holdTime", learn::number<&Rp::holdTime, 0, 65535>},
-};
-
 struct RegisterLearnedPimsm {
     RegisterLearnedPimsm() {
-        learn::registerItems<Neighbor>(kPimsmNeighborsKind, "routerId neighborList", &learn::kIpv4Key, "neighbor",
-                                       learn::withOptions<Neighbor>(kNeighborOptions));
-        learn::registerItems<Rp>(kPimsmRpSetKind, "routerId rpList", &learn::kIpv4Key, "RP",
-                                 learn::withOptions<Rp>(kRpOptions));
+        learn::registerItems<hal::EPimsmLearnedNeighbor>(kPimsmNeighborsKind, "routerId neighborList",
+                                                         &learn::kIpv4Key, "neighbor",
+                                                         binding::learnedItems<TCLPimsmLearnedNeighbor>());
+        learn::registerItems<hal::EPimsmLearnedRp>(kPimsmRpSetKind, "routerId rpList", &learn::kIpv4Key, "RP",
+                                                   binding::learnedItems<TCLPimsmLearnedRp>());
     }
 } registerLearnedPimsm;
 

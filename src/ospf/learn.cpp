@@ -12,7 +12,7 @@ namespace {
 std::string readLearnedLsa(Tcl_Obj* element, const std::string&, hal::EOSPFUserLSA& record) {
     TCLOspfUserLsa lsa;
     std::string error;
-    if (!binding::configureFromList(nullptr, binding::classOf<TCLOspfUserLsa>(), lsa, element, error)) return error;
+    if (!binding::configureFromList(binding::classOf<TCLOspfUserLsa>(), lsa, element, error)) return error;
     const std::string savedError = lastError();  // the chassis never touches the module's last error
     if (lsa.ToRecord(record) == kOk) return "";
     error = lastError();

@@ -13,29 +13,6 @@ std::string ospfV3LearnedKey(const std::string& text) {
     return a ? a->ToString() : text;
 }
 
-// ---- learned LSA ----
-
-static binding::Describe<TCLOspfV3LearnedLsa> describeOspfV3LearnedLsa("TCLOspfV3LearnedLsa", [](auto& c) {
-    using T = TCLOspfV3LearnedLsa;
-    using R = hal::EOSPFv3LearnedLSA;
-    auto prefixesText = [](const std::vector<hal::EIPMaskedAddress>& list) {
-        std::string text;
-        for (const auto& p : list) text += (text.empty() ? "" : " ") + p.ToString();
-        return text;
-    };
-    c.constructor();
-    // The ospfV3Lsa* number of the type: ospfV3LsaRouter 0 to ospfV3LsaIntraAreaPrefix 6.
-    c.readOnly("lsaType", &T::lsaType).maps(&R::type);
-    c.readOnly("linkStateId", &T::linkStateId).maps(&R::linkStateId);
-    c.readOnly("advertisingRouterId", &T::advertisingRouterId).maps(&R::advertisingRouter);
-    c.readOnly("sequenceNumber", &T::sequenceNumber).maps(&R::sequence);
-    c.readOnly("lsaAge", &T::lsaAge).maps(&R::age);
-    c.readOnly("prefixes", &T::prefixes)
-        .mapsVia([](const std::string&) { return std::vector<hal::EIPMaskedAddress>{}; }, prefixesText,
-                 &R::prefixes);
-    c.method("setDefault", &T::setDefault);
-});
-
 // ---- interface ----
 
 TCLOspfV3Interface::TCLOspfV3Interface(TCLOspfV3LearnedLsa* pOspfV3LearnedLsa,

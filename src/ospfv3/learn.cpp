@@ -1,13 +1,14 @@
-// zkchassis::learn ospfv3Lsas C D P interfaceIp lsaList: what a port learned
-// for one interface address. Each element of lsaList is a list of -option
-// value pairs naming the options of TCLOspfV3LearnedLsa:
+// The learned LSA class, and zkchassis::learn ospfv3Lsas C D P interfaceIp
+// lsaList: what a port learned for one interface address. Each element of
+// lsaList is a list of -option value pairs naming the options of
+// TCLOspfV3LearnedLsa:
 //   {-lsaType 2 -linkStateId 0.0.0.1 -advertisingRouterId 2.2.2.2
 //    -sequenceNumber 0x80000005 -lsaAge 30 -prefixes {2001:db8:1::/64}}
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "core/learn_input.h"
+#include "binding/learned.h"
 #include "core/parse.h"
 #include "ospfv3/interface.h"
 
@@ -27,8 +28,7 @@ std::optional<hal::EIPMaskedAddress> prefixOf(const std::string& text) {
     return hal::EIPMaskedAddress(*address, n);
 }
 
-using Lsa = hal::EOSPFv3LearnedLSA;
-
+// A Tcl list of prefixes.
 std::optional<std::vector<hal::EIPMaskedAddress>> prefixList(const std::string& text) {
     int n;
     const char** items;
@@ -44,19 +44,38 @@ std::optional<std::vector<hal::EIPMaskedAddress>> prefixList(const std::string& 
     return prefixes;
 }
 
-const learn::Option<Lsa> kLsaOptions[] = {
-    {"-lsaType", learn::number<&Lsa::type, 0, 6>},
-    {"-linkStateId", learn::ipv4<&Lsa::linkStateId>},
-    {"-advertisingRouterId", learn::ipv4<&Lsa::advertisingRouter>},
-    {"-sequenceNumber", learn::number<&Lsa::sequence, 0, 0xFFFFFFFF>},
-    {"-lsaAge", learn::number<&Lsa::age, 0, 3600>},
-    {"-prefixes", learn::parsed<&Lsa::prefixes, prefixList>},
-};
+}  // namespace
+
+// ---- learned LSA ----
+
+static binding::Describe<TCLOspfV3LearnedLsa> describeOspfV3LearnedLsa("TCLOspfV3LearnedLsa", [](auto& c) {
+    using T = TCLOspfV3LearnedLsa;
+    using R = hal::EOSPFv3LearnedLSA;
+    auto prefixesText = [](const std::vector<hal::EIPMaskedAddress>& list) {
+        std::string text;
+        for (const auto& p : list) text += (text.empty() ? "" : " ") + p.ToString();
+        return text;
+    };
+    c.constructor();
+    // The ospfV3Lsa* number of the type: ospfV3LsaRouter 0 to ospfV3LsaIntraAreaPrefix 6.
+    c.readOnly("lsaType", &T::lsaType).maps(&R::type).learned(range(0, 6));
+    c.readOnly("linkStateId", &T::linkStateId).maps(&R::linkStateId).learned(ipv4);
+    c.readOnly("advertisingRouterId", &T::advertisingRouterId).maps(&R::advertisingRouter).learned(ipv4);
+    c.readOnly("sequenceNumber", &T::sequenceNumber).maps(&R::sequence).learned(range(0, 0xFFFFFFFF));
+    c.readOnly("lsaAge", &T::lsaAge).maps(&R::age).learned(range(0, 3600));  // MaxAge
+    c.readOnly("prefixes", &T::prefixes)
+        .mapsVia([](const std::string& text) { return prefixList(text).value_or(std::vector<hal::EIPMaskedAddress>{}); },
+                 prefixesText, &R::prefixes)
+        .learned([](const std::string& text) { return prefixList(text).has_value(); });
+    c.method("setDefault", &T::setDefault);
+});
+
+namespace {
 
 struct RegisterOspfV3LearnedLsas {
     RegisterOspfV3LearnedLsas() {
-        learn::registerItems<Lsa>(kOspfV3LsasKind, "interfaceIp lsaList", &learn::kIpv6Key, "LSA",
-                                  learn::withOptions<Lsa>(kLsaOptions));
+        learn::registerItems<hal::EOSPFv3LearnedLSA>(kOspfV3LsasKind, "interfaceIp lsaList", &learn::kIpv6Key, "LSA",
+                                  binding::learnedItems<TCLOspfV3LearnedLsa>());
     }
 } registerOspfV3LearnedLsas;
 

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "binding/describe.h"
+#include "binding/learned.h"
 #include "binding/module.h"
 #include "binding/types.h"
 #include "core/errors.h"
@@ -65,6 +66,29 @@ struct TThrowing : zk::Object {
 zk::binding::Describe<TThrowing> describeThrowing("TThrowing", [](auto& c) {
     c.constructor();
     c.method("boom", &TThrowing::boom, "how");
+});
+
+// A read-only class whose options a port learns, but one.
+struct ELearnedSample {
+    int level = 1;
+    std::string peer = "none";
+    uint32_t count = 0;
+    int fixed = 4;
+};
+struct TLearnedSample : zk::binding::Staged<TLearnedSample, ELearnedSample> {
+    TLearnedSample() { setDefault(); }
+    int level, fixed;
+    std::string peer;
+    unsigned count;
+};
+zk::binding::Describe<TLearnedSample> describeLearned("TLearnedSample", [](auto& c) {
+    using T = TLearnedSample;
+    using R = ELearnedSample;
+    c.constructor();
+    c.readOnly("level", &T::level).maps(&R::level).learned(zk::range(1, 2));
+    c.readOnly("peer", &T::peer).maps(&R::peer).learned(zk::ipv4);
+    c.readOnly("count", &T::count).maps(&R::count).learned(zk::range(0, UINT32_MAX));
+    c.readOnly("fixed", &T::fixed).maps(&R::fixed);
 });
 
 // Each row's script runs in turn; a failure reads "ERROR: <message>".
@@ -154,6 +178,41 @@ TEST(Handle, EncodeParseAndRegister) {
         uintptr_t back = 12345; std::string_view mangled;
         ASSERT_TRUE(zk::binding::parseHandleText(text, back, mangled));
         EXPECT_EQ(std::pair(back, mangled), std::pair(v, std::string_view("_p_TCLSampleThing")));
+    }
+}
+
+TEST_F(Frame, LearnedOptionsReadWhatAPortLearned) {
+    // Items start at level 2; without -count the count is 99.
+    auto read = zk::binding::learnedItems<TLearnedSample>(ELearnedSample{.level = 2}, +[](ELearnedSample& r, const zk::learn::Given& given) {
+        if (!given.has("count")) r.count = 99;
+    });
+    struct Case {
+        const char *pairs, *why;
+        int level = 0;
+        const char* peer = "";
+        uint32_t count = 0;
+    } cases[] = {
+        {"", "", 2, "none", 99},
+        {"-level 1 -count 4294967295 -peer 10.0.0.1", "", 1, "10.0.0.1", 4294967295u},
+        {"-count 0x10 -count 7", "", 2, "none", 7},  // hexadecimal; the last value stands
+        {"-level 3", "bad value for -level: \"3\""},
+        {"-level true", "bad value for -level: \"true\""},  // numbers only, no boolean words
+        {"-count -1", "bad value for -count: \"-1\""},     // nor 32-bit wrap-around
+        {"-peer 1.2.3", "bad value for -peer: \"1.2.3\""},
+        {"-fixed 1", "unknown option \"-fixed\": must be -level, -peer or -count"},
+        {"level 1", "unknown option \"level\": must be -level, -peer or -count"},
+        {"-level", "expected a list of -option value pairs"},
+    };
+    for (const Case& c : cases) {
+        Tcl_Obj* pairs = Tcl_NewStringObj(c.pairs, -1);
+        Tcl_IncrRefCount(pairs);
+        ELearnedSample item;
+        EXPECT_EQ(read(pairs, "", item), c.why) << c.pairs;
+        if (!*c.why) {
+            EXPECT_EQ(std::tuple(item.level, item.peer, item.count, item.fixed),
+                      std::tuple(c.level, std::string(c.peer), c.count, 4));
+        }
+        Tcl_DecrRefCount(pairs);
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <atomic>
 #include <charconv>
-#include <cstdio>
+#include <arpa/inet.h>
 
 namespace hal {
 
@@ -43,34 +43,11 @@ EBlob EIPAddress::GetAddressAsBlob() const {
 }
 
 std::string EIPAddress::ToString() const {
-    char buf[64];
-    if (!v6_) {
-        std::snprintf(buf, sizeof buf, "%u.%u.%u.%u", bytes_[0], bytes_[1], bytes_[2], bytes_[3]);
-        return buf;
-    }
-    // RFC 5952 text: lower case, the longest run of two or more zero groups as "::".
-    uint16_t g[8];
-    for (int i = 0; i < 8; ++i) g[i] = uint16_t(bytes_[2 * i] << 8 | bytes_[2 * i + 1]);
-    int bestStart = -1, bestLen = 0;
-    for (int i = 0; i < 8;) {
-        if (g[i]) { ++i; continue; }
-        int j = i;
-        while (j < 8 && !g[j]) ++j;
-        if (j - i > bestLen && j - i >= 2) { bestStart = i; bestLen = j - i; }
-        i = j;
-    }
-    std::string s;
-    for (int i = 0; i < 8; ++i) {
-        if (i == bestStart) {
-            s += "::";
-            i += bestLen - 1;
-            continue;
-        }
-        if (!s.empty() && s.back() != ':') s += ':';
-        std::snprintf(buf, sizeof buf, "%x", g[i]);
-        s += buf;
-    }
-    return s;
+    // RFC 5952 text for IPv6 (lower case, the longest run of zero groups as
+    // "::", an IPv4-mapped tail dotted).
+    char buf[INET6_ADDRSTRLEN];
+    inet_ntop(v6_ ? AF_INET6 : AF_INET, bytes_.data(), buf, sizeof buf);
+    return buf;
 }
 
 std::string EIPMaskedAddress::ToString() const {

@@ -17,6 +17,39 @@ bool holdOutlastsInterval(int hold, int interval) {
     return hold < 1 || hold > 65535 || interval < 1 || interval > 65535 || hold > interval;
 }
 
+// The groups of a join/prune or a register source range: the first group
+// and how many, all within 224.0.0.0/4.
+template <class T>
+void describeGroupBlock(binding::ClassDesc<T>& c, const std::string& cls) {
+    using R = typename T::Record;
+    c.option("groupAddress", &T::groupAddress)
+        .checkWith([cls](const T& t, Checks& k) { mcast::checkGroupAddress(k, cls, "groupAddress", t.groupAddress, false); })
+        .maps(&R::firstGroup);
+    c.option("numberOfGroups", &T::numberOfGroups)
+        .check(range(1, 65535))
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
+            },
+            cls + "::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
+        .maps(&R::groupCount);
+}
+
+// Their sources: the first and how many, all unicast addresses.
+template <class T>
+void describeSourceBlock(binding::ClassDesc<T>& c, const std::string& cls) {
+    using R = typename T::Record;
+    c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
+    c.option("numberOfSources", &T::numberOfSources)
+        .check(range(1, 65535))
+        .check(
+            [](const T& t) {
+                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
+            },
+            cls + "::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
+        .maps(&R::sourceCount);
+}
+
 }  // namespace
 
 // ---- join/prune, register sources, interface, candidate-RP range ----
@@ -28,28 +61,8 @@ static binding::Describe<TCLPimsmJoinPrune> describePimsmJoinPrune("TCLPimsmJoin
     c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
     c.option("type", &T::type).check(range(hal::kPimsmRp, hal::kPimsmRegisterTriggeredSG)).maps(&R::type);
     c.option("rpAddress", &T::rpAddress).check(unicastV4).maps(&R::rp);
-    c.option("groupAddress", &T::groupAddress)
-        .checkWith([](const T& t, Checks& k) {
-            mcast::checkGroupAddress(k, "TCLPimsmJoinPrune", "groupAddress", t.groupAddress, false);
-        })
-        .maps(&R::firstGroup);
-    c.option("numberOfGroups", &T::numberOfGroups)
-        .check(range(1, 65535))
-        .check(
-            [](const T& t) {
-                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
-            },
-            "TCLPimsmJoinPrune::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
-        .maps(&R::groupCount);
-    c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
-    c.option("numberOfSources", &T::numberOfSources)
-        .check(range(1, 65535))
-        .check(
-            [](const T& t) {
-                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
-            },
-            "TCLPimsmJoinPrune::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
-        .maps(&R::sourceCount);
+    describeGroupBlock(c, "TCLPimsmJoinPrune");
+    describeSourceBlock(c, "TCLPimsmJoinPrune");
     // One to one pairs the n-th source with the n-th group.
     c.option("mapping", &T::mapping)
         .check(range(0, 1))
@@ -69,28 +82,8 @@ static binding::Describe<TCLPimsmSourceRange> describePimsmSourceRange("TCLPimsm
     c.constructor();
     c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
     c.option("rpAddress", &T::rpAddress).check(unicastV4).maps(&R::rp);
-    c.option("sourceAddress", &T::sourceAddress).check(unicastV4).maps(&R::firstSource);
-    c.option("numberOfSources", &T::numberOfSources)
-        .check(range(1, 65535))
-        .check(
-            [](const T& t) {
-                return mcast::rangeFits(t.sourceAddress, t.numberOfSources, 1, false, mcast::Space::Unicast);
-            },
-            "TCLPimsmSourceRange::Validate()   numberOfSources sources from sourceAddress leave the unicast addresses.")
-        .maps(&R::sourceCount);
-    c.option("groupAddress", &T::groupAddress)
-        .checkWith([](const T& t, Checks& k) {
-            mcast::checkGroupAddress(k, "TCLPimsmSourceRange", "groupAddress", t.groupAddress, false);
-        })
-        .maps(&R::firstGroup);
-    c.option("numberOfGroups", &T::numberOfGroups)
-        .check(range(1, 65535))
-        .check(
-            [](const T& t) {
-                return mcast::rangeFits(t.groupAddress, t.numberOfGroups, 1, false, mcast::Space::Groups);
-            },
-            "TCLPimsmSourceRange::Validate()   numberOfGroups groups from groupAddress leave 224.0.0.0/4.")
-        .maps(&R::groupCount);
+    describeSourceBlock(c, "TCLPimsmSourceRange");
+    describeGroupBlock(c, "TCLPimsmSourceRange");
     c.option("registersPerSecond", &T::registersPerSecond).check(range(1, 100000)).maps(&R::registersPerSecond);
     c.option("enableNullRegisters", &T::enableNullRegisters).check(boolean).maps(&R::nullRegisters);
     c.method("setDefault", &T::setDefault);

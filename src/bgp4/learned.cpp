@@ -89,9 +89,9 @@ int learnStats(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
 
 struct RegisterLearnedBgp {
     RegisterLearnedBgp() {
-        learn::registerItems<Route>(kBgpRoutesKind, "dutIp routeList", &learn::kAnyIpKey, "route",
+        learn::registerItems<Route>(kBgpRoutesKind, Protocol::Bgp4, "dutIp routeList", &learn::kAnyIpKey, "route",
                                     binding::learnedItems<TCLBgp4LearnedRoute>({}, settleFamily));
-        chassis::registerLearnKind(kBgpStatsKind, "dutIp {selector value ...}", learnStats);
+        chassis::registerLearnKind(kBgpStatsKind, Protocol::Bgp4, "dutIp {selector value ...}", learnStats, true);
     }
 } registerLearnedBgp;
 

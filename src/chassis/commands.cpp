@@ -15,18 +15,14 @@
 namespace chassis {
 namespace {
 
-struct LearnKind {
-    std::string usage;
-    LearnHandler handler;
-    // The arguments after C D P: the words of the usage (counted when first
-    // needed: kinds register themselves before Tcl can split a list).
-    int words() const {
-        int n = 0;
-        const char** parts = nullptr;
-        if (Tcl_SplitList(nullptr, usage.c_str(), &n, &parts) == TCL_OK) Tcl_Free(reinterpret_cast<char*>(parts));
-        return n;
-    }
-};
+// The arguments after C D P: the words of the usage (counted when needed:
+// kinds register themselves before Tcl can split a list).
+int wordsOf(const std::string& usage) {
+    int n = 0;
+    const char** parts = nullptr;
+    if (Tcl_SplitList(nullptr, usage.c_str(), &n, &parts) == TCL_OK) Tcl_Free(reinterpret_cast<char*>(parts));
+    return n;
+}
 std::map<std::string, LearnKind>& learnKinds() {
     static auto* k = new std::map<std::string, LearnKind>;
     return *k;
@@ -221,7 +217,7 @@ int learnCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
         return chassisError(interp, std::string("unknown kind \"") + kind + "\": must be " + names,
                             {"UNKNOWN", "kind", kind});
     }
-    if (objc != 5 + it->second.words()) return wrongArgs(interp, 2, objv, ("C D P " + it->second.usage).c_str());
+    if (objc != 5 + wordsOf(it->second.usage)) return wrongArgs(interp, 2, objv, ("C D P " + it->second.usage).c_str());
     Port* p = findPort(interp, objv + 2);
     if (!p) return TCL_ERROR;
     if (it->second.handler(interp, *p, objv + 5) == TCL_OK) return TCL_OK;
@@ -310,8 +306,13 @@ const struct {
 
 }  // namespace
 
-void registerLearnKind(const char* kind, const char* usage, LearnHandler handler) {
-    learnKinds()[kind] = LearnKind{usage, std::move(handler)};
+void registerLearnKind(const char* kind, Protocol protocol, const char* usage, LearnHandler handler, bool statistics) {
+    learnKinds()[kind] = LearnKind{protocol, statistics, usage, std::move(handler)};
+}
+
+const LearnKind* findLearnKind(std::string_view kind) {
+    auto it = learnKinds().find(std::string(kind));
+    return it == learnKinds().end() ? nullptr : &it->second;
 }
 
 void installEventLoop() {

@@ -5,6 +5,8 @@
 #include <tcl.h>
 
 #include <functional>
+#include <string>
+#include <string_view>
 
 #include "chassis/port.h"
 
@@ -16,7 +18,20 @@ namespace chassis {
 // command then gives the error the code {ZKCHASSIS LEARN <kind>}.
 using LearnHandler = std::function<int(Tcl_Interp* interp, Port& port, Tcl_Obj* const objv[])>;
 
-void registerLearnKind(const char* kind, const char* usage, LearnHandler handler);
+// A kind: the protocol whose requests it answers (only while the protocol
+// runs, unless the port always answers), whether those are statistics
+// queries (answered only while the port counts them), its arguments after
+// C D P as words of a usage, and how they are read.
+struct LearnKind {
+    Protocol protocol;
+    bool statistics;
+    std::string usage;
+    LearnHandler handler;
+};
+
+void registerLearnKind(const char* kind, Protocol protocol, const char* usage, LearnHandler handler,
+                       bool statistics = false);
+const LearnKind* findLearnKind(std::string_view kind);  // null: none registered
 
 // Lets the event loop deliver due replies (called by both package entries).
 void installEventLoop();

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "chassis/lab.h"
+#include "chassis/learn.h"
 
 namespace chassis {
 namespace {
@@ -39,15 +40,6 @@ const CommandCode kCommandCodes[] = {
     {10001, "stopStp", Protocol::Stp, CommandCode::Stop},
 };
 
-// Learned-information kinds by protocol. New kinds plug in here.
-const LearnKindOwner kLearnKindOwners[] = {
-    {"bgpRoutes", Protocol::Bgp4, false}, {"bgpStats", Protocol::Bgp4, true}, {"ospfLsas", Protocol::Ospf, false}, {"ospfv3Lsas", Protocol::OspfV3, false},
-    {"isisLsps", Protocol::Isis, false},  {"rsvpLabels", Protocol::Rsvp, false}, {"ldpLabels", Protocol::Ldp, false},
-    {"stpBridge", Protocol::Stp, false}, {"stpInterfaces", Protocol::Stp, false},
-    {"igmpGroups", Protocol::Igmp, false}, {"mldGroups", Protocol::Mld, false},
-    {"pimsmNeighbors", Protocol::Pimsm, false}, {"pimsmRpSet", Protocol::Pimsm, false},
-};
-
 // "2026-11-23 18:40:01.123", UTC.
 std::string traceTimestamp() {
     using namespace std::chrono;
@@ -79,14 +71,8 @@ void receiveCommand(Port& port, const CommandCode& command) {
     port.trace("command " + std::to_string(command.code) + " " + command.name);
 }
 
-const LearnKindOwner* learnKindOwner(std::string_view kind) {
-    for (const LearnKindOwner& k : kLearnKindOwners)
-        if (kind == k.kind) return &k;
-    return nullptr;
-}
-
 std::optional<std::string> refusesToAnswer(const Port& port, std::string_view kind) {
-    const LearnKindOwner* owner = learnKindOwner(kind);
+    const LearnKind* owner = findLearnKind(kind);
     if (!owner) return std::nullopt;
     std::string title = protocolTitle(owner->protocol);
     if (!port.alwaysAnswers && !port.isRunning(owner->protocol))

@@ -29,17 +29,8 @@ const CommandCode* findCommandCode(int code);  // null: unknown
 // nothing), a transmit changes no state; each is logged and traced.
 void receiveCommand(Port& port, const CommandCode& command);
 
-// A learned-information kind (`zkchassis::learn <kind>`) and what answering
-// it needs. A protocol that adds a kind adds its row to the table in
-// port_commands.cpp; a kind without a row is always answered.
-struct LearnKindOwner {
-    const char* kind;
-    Protocol protocol;
-    bool statistics;  // a statistics query: answered only while the port counts them
-};
-const LearnKindOwner* learnKindOwner(std::string_view kind);
-
-// Why `port` does not answer a request of `kind` now: nullopt when it does,
+// Why `port` does not answer a request of a learned-information kind
+// (`zkchassis::learn <kind>`, chassis/learn.h) now: nullopt when it does,
 // else the reason as a sentence ending in a full stop.
 std::optional<std::string> refusesToAnswer(const Port& port, std::string_view kind);
 

@@ -6,8 +6,8 @@
 // the kind's own (binding/learned.h reads one by the learned options of
 // its read-only class):
 //
-//   learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, "routerId labelList", &learn::kIpv4Key,
-//                                               "label", binding::learnedItems<TCLLdpLearnedLabel>());
+//   learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, Protocol::Ldp, "routerId labelList",
+//                                               &learn::kIpv4Key, "label", binding::learnedItems<TCLLdpLearnedLabel>());
 #pragma once
 
 #include <tcl.h>
@@ -59,17 +59,19 @@ std::optional<std::string> readKey(Tcl_Interp* interp, Tcl_Obj* value, const cha
 int file(Tcl_Interp* interp, chassis::Port& port, const char* kind, const std::string& key,
          std::shared_ptr<chassis::LearnedData> data);
 
-// `zkchassis::learn <kind> C D P ?key? list`: the usage names the key
+// `zkchassis::learn <kind> C D P ?key? list`, answering requests of
+// `protocol` (chassis/learn.h): the usage names the key
 // (unless `key` is null) and then the list; each element is read into an
 // item ("<what> 2 of <list>: ..." when one is refused), and the answer, a
 // LearnedItems<Item>, is filed under the key's canonical text ("" without
 // a key).
 template <class Item>
-void registerItems(const char* kind, const char* usage, const Key* key, const char* what, ItemReader<Item> read) {
+void registerItems(const char* kind, chassis::Protocol protocol, const char* usage, const Key* key, const char* what,
+                   ItemReader<Item> read) {
     std::string words = usage;
     std::string listName = key ? words.substr(words.find(' ') + 1) : words;
     std::string keyName = key ? words.substr(0, words.find(' ')) : "";
-    chassis::registerLearnKind(kind, usage, [=](Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
+    chassis::registerLearnKind(kind, protocol, usage, [=](Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
         std::optional<std::string> canonical = key ? readKey(interp, objv[0], keyName.c_str(), *key) : "";
         if (!canonical) return TCL_ERROR;
         int count;

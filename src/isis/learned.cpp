@@ -43,7 +43,7 @@ std::string readLsp(Tcl_Obj* element, const std::string& systemId, Lsp& lsp) {
 
 struct RegisterLearnedIsisLsps {
     RegisterLearnedIsisLsps() {
-        learn::registerItems<Lsp>(kIsisLspsKind, "systemId lspList", &kSystemIdKey, "LSP", readLsp);
+        learn::registerItems<Lsp>(kIsisLspsKind, Protocol::Isis, "systemId lspList", &kSystemIdKey, "LSP", readLsp);
     }
 } registerLearnedIsisLsps;
 

@@ -33,7 +33,7 @@ void settleFecType(hal::ELdpLearnedLabel& l, const learn::Given& given) {
 
 struct RegisterLearnedLdpLabels {
     RegisterLearnedLdpLabels() {
-        learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, "routerId labelList", &learn::kIpv4Key, "label",
+        learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, Protocol::Ldp, "routerId labelList", &learn::kIpv4Key, "label",
                                                     binding::learnedItems<TCLLdpLearnedLabel>({}, settleFecType));
     }
 } registerLearnedLdpLabels;

@@ -256,7 +256,8 @@ void describeServer(binding::ClassDesc<GroupServer<F>>& c) {
 // port's hosts take part in, of the family's addresses.
 template <class F>
 void registerLearnedGroups() {
-    learn::registerItems<hal::EMulticastLearnedGroup>(F::v6 ? kMldGroupsKind : kIgmpGroupsKind, "groupList", nullptr,
+    learn::registerItems<hal::EMulticastLearnedGroup>(F::v6 ? kMldGroupsKind : kIgmpGroupsKind,
+                                                      F::v6 ? Protocol::Mld : Protocol::Igmp, "groupList", nullptr,
                                                       "group", binding::learnedItems<LearnedGroup<F>>());
 }
 

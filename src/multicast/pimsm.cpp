@@ -282,10 +282,10 @@ namespace {
 
 struct RegisterLearnedPimsm {
     RegisterLearnedPimsm() {
-        learn::registerItems<hal::EPimsmLearnedNeighbor>(kPimsmNeighborsKind, "routerId neighborList",
+        learn::registerItems<hal::EPimsmLearnedNeighbor>(kPimsmNeighborsKind, Protocol::Pimsm, "routerId neighborList",
                                                          &learn::kIpv4Key, "neighbor",
                                                          binding::learnedItems<TCLPimsmLearnedNeighbor>());
-        learn::registerItems<hal::EPimsmLearnedRp>(kPimsmRpSetKind, "routerId rpList", &learn::kIpv4Key, "RP",
+        learn::registerItems<hal::EPimsmLearnedRp>(kPimsmRpSetKind, Protocol::Pimsm, "routerId rpList", &learn::kIpv4Key, "RP",
                                                    binding::learnedItems<TCLPimsmLearnedRp>());
     }
 } registerLearnedPimsm;

@@ -74,7 +74,7 @@ namespace {
 
 struct RegisterOspfV3LearnedLsas {
     RegisterOspfV3LearnedLsas() {
-        learn::registerItems<hal::EOSPFv3LearnedLSA>(kOspfV3LsasKind, "interfaceIp lsaList", &learn::kIpv6Key, "LSA",
+        learn::registerItems<hal::EOSPFv3LearnedLSA>(kOspfV3LsasKind, Protocol::OspfV3, "interfaceIp lsaList", &learn::kIpv6Key, "LSA",
                                   binding::learnedItems<TCLOspfV3LearnedLsa>());
     }
 } registerOspfV3LearnedLsas;

@@ -33,7 +33,7 @@ int learnRsvpLabels(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv
 
 struct RegisterLearnedRsvpLabels {
     RegisterLearnedRsvpLabels() {
-        chassis::registerLearnKind(kRsvpLabelsKind, "ourIp dutIp {{fecDescription label} ...}", learnRsvpLabels);
+        chassis::registerLearnKind(kRsvpLabelsKind, Protocol::Rsvp, "ourIp dutIp {{fecDescription label} ...}", learnRsvpLabels);
     }
 } registerLearnedRsvpLabels;
 

@@ -51,8 +51,8 @@ int learnStpBridge(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[
 
 struct RegisterLearnedStp {
     RegisterLearnedStp() {
-        chassis::registerLearnKind(stp::kBridgeKind, "bridgeMac info", learnStpBridge);
-        learn::registerItems<hal::EStpLearnedInterface>(stp::kInterfacesKind, "bridgeMac interfaceList",
+        chassis::registerLearnKind(stp::kBridgeKind, Protocol::Stp, "bridgeMac info", learnStpBridge);
+        learn::registerItems<hal::EStpLearnedInterface>(stp::kInterfacesKind, Protocol::Stp, "bridgeMac interfaceList",
                                                         &learn::kMacKey, "interface",
                                                         binding::learnedItems<TCLStpLearnedInterface>());
     }

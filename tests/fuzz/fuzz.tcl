@@ -273,6 +273,18 @@ proc noteDead {ref} {
     }
 }
 
+# An item as `zkchassis::learn` takes it: -option value pairs with the
+# option names of a random class, mostly one that shows learned items.
+proc learnedPairs {} {
+    set classes [array names ::options [expr {[chance 0.7] ? "*Learned*" : "*"}]]
+    set names [dict keys $::options([pick $classes])]
+    set pairs {}
+    for {set i [upto 4]} {$i > 0} {incr i -1} {
+        lappend pairs [expr {[chance 0.9] && [llength $names] ? "-[pick $names]" : [anyValue]}] [anyValue]
+    }
+    return $pairs
+}
+
 # ---------------------------------------------------------------- discovery
 
 # The argument names in a "Wrong # args. cmd a ?b?" usage: {name optional} each.
@@ -693,7 +705,12 @@ proc chassisCall {} {
         9 {
             set kind [expr {[chance 0.9] ? [pick $::learnKinds] : [pick $::pool(text)]}]
             set words [list zkchassis::learn $kind $c $d $p]
-            for {set i [upto 5]} {$i > 0} {incr i -1} { lappend words [anyValue] }
+            for {set i [upto 5]} {$i > 0} {incr i -1} {
+                # now and then a list of items of -option value pairs, named like any class's options
+                set items {}
+                for {set k [upto 4]} {$k > 0} {incr k -1} { lappend items [learnedPairs] }
+                lappend words [if {[chance 0.6]} anyValue else { set items }]
+            }
             call zkchassis::learn any $words
         }
         10 { call zkchassis::configure any [list zkchassis::configure -replyDelay [pick {0 0 1 -1 2147483647 2147483648 x}]]

@@ -116,8 +116,8 @@ void writeClass(std::ostream& out, const ClassRecord& cls, Tcl_Interp* interp) {
         for (size_t i = 0; i < cls.attributes.size(); ++i) {
             const AttrRecord& a = *cls.attributes[i];
             std::string def = i < defaults.size() ? code(defaults[i].empty() ? "\"\"" : defaults[i]) : "—";
-            out << "| " << code("-" + a.name) << " | " << typeOf(a) << " | "
-                << (a.set ? "read-write" : "read-only") << (a.learn ? ", learned" : "") << " | " << def << " |\n";
+            out << "| " << code("-" + a.name) << " | " << typeOf(a) << " | " << (a.set ? "read-write" : "read-only")
+                << (a.learn ? ", learned" : "") << " | " << def << " |\n";
         }
         out << "\n";
     }

@@ -81,7 +81,8 @@ int learnStats(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
     for (int k = 0; k < n; k += 2) {
         Tcl_WideInt selector;
         if (Tcl_GetWideIntFromObj(nullptr, items[k], &selector) != TCL_OK || selector < 0 || selector > kLastStatistic)
-            return learn::failed(interp, std::string("unknown selector \"") + Tcl_GetString(items[k]) + "\": expected 0 to 70");
+            return learn::failed(interp,
+                                 std::string("unknown selector \"") + Tcl_GetString(items[k]) + "\": expected 0 to 70");
         data->values[int(selector)] = Tcl_GetString(items[k + 1]);
     }
     return learn::file(interp, port, kBgpStatsKind, *key, data);

@@ -7,7 +7,8 @@
 // its read-only class):
 //
 //   learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, Protocol::Ldp, "routerId labelList",
-//                                               &learn::kIpv4Key, "label", binding::learnedItems<TCLLdpLearnedLabel>());
+//                                               &learn::kIpv4Key, "label",
+//                                               binding::learnedItems<TCLLdpLearnedLabel>());
 #pragma once
 
 #include <tcl.h>
@@ -71,19 +72,21 @@ void registerItems(const char* kind, chassis::Protocol protocol, const char* usa
     std::string words = usage;
     std::string listName = key ? words.substr(words.find(' ') + 1) : words;
     std::string keyName = key ? words.substr(0, words.find(' ')) : "";
-    chassis::registerLearnKind(kind, protocol, usage, [=](Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
-        std::optional<std::string> canonical = key ? readKey(interp, objv[0], keyName.c_str(), *key) : "";
-        if (!canonical) return TCL_ERROR;
-        int count;
-        Tcl_Obj** elements;
-        if (Tcl_ListObjGetElements(interp, objv[key ? 1 : 0], &count, &elements) != TCL_OK) return TCL_ERROR;
-        auto data = std::make_shared<LearnedItems<Item>>();
-        data->items.resize(size_t(count));
-        for (int i = 0; i < count; ++i)
-            if (std::string why = read(elements[i], *canonical, data->items[size_t(i)]); !why.empty())
-                return failed(interp, std::string(what) + " " + std::to_string(i + 1) + " of " + listName + ": " + why);
-        return file(interp, port, kind, *canonical, data);
-    });
+    chassis::registerLearnKind(
+        kind, protocol, usage, [=](Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
+            std::optional<std::string> canonical = key ? readKey(interp, objv[0], keyName.c_str(), *key) : "";
+            if (!canonical) return TCL_ERROR;
+            int count;
+            Tcl_Obj** elements;
+            if (Tcl_ListObjGetElements(interp, objv[key ? 1 : 0], &count, &elements) != TCL_OK) return TCL_ERROR;
+            auto data = std::make_shared<LearnedItems<Item>>();
+            data->items.resize(size_t(count));
+            for (int i = 0; i < count; ++i)
+                if (std::string why = read(elements[i], *canonical, data->items[size_t(i)]); !why.empty())
+                    return failed(interp,
+                                  std::string(what) + " " + std::to_string(i + 1) + " of " + listName + ": " + why);
+            return file(interp, port, kind, *canonical, data);
+        });
 }
 
 }  // namespace zk::learn

@@ -10,9 +10,9 @@ static binding::Describe<TCLIsisLearnedLsp> describeIsisLearnedLsp("TCLIsisLearn
     using R = hal::EISISLearnedLSP;
     auto lspIdBlob = [](const std::string& text) { return isis::parseLspId(text).value_or(hal::EBlob{}); };
     c.constructor();
-    c.readOnly("lspId", &T::lspId)
-        .mapsVia(lspIdBlob, isis::lspIdText, &R::lspId)
-        .learned([](const std::string& text) { return isis::parseLspId(text).has_value(); });
+    c.readOnly("lspId", &T::lspId).mapsVia(lspIdBlob, isis::lspIdText, &R::lspId).learned([](const std::string& text) {
+        return isis::parseLspId(text).has_value();
+    });
     c.readOnly("sequenceNumber", &T::sequenceNumber).maps(&R::sequence).learned(range(0, UINT32_MAX));
     c.readOnly("remainingLifetime", &T::remainingLifetime).maps(&R::remainingLifetime).learned(range(0, 65535));
     c.readOnly("level", &T::level).maps(&R::level).learned(range(1, 2));

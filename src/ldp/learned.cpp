@@ -8,9 +8,9 @@ static binding::Describe<TCLLdpLearnedLabel> describeLdpLearnedLabel("TCLLdpLear
     using T = TCLLdpLearnedLabel;
     using R = hal::ELdpLearnedLabel;
     c.constructor();
-    c.readOnly("fecType", &T::fecType)
-        .maps(&R::fecType)
-        .learned([](long long v) { return v == kFecPrefix || v == kFecPwId; });
+    c.readOnly("fecType", &T::fecType).maps(&R::fecType).learned([](long long v) {
+        return v == kFecPrefix || v == kFecPwId;
+    });
     c.readOnly("networkAddress", &T::networkAddress).maps(&R::network).learned(ipv4);
     c.readOnly("prefixLength", &T::prefixLength).maps(&R::prefixLength).learned(range(0, 32));
     c.readOnly("vcId", &T::vcId).maps(&R::vcId).learned(range(0, UINT32_MAX));
@@ -33,7 +33,8 @@ void settleFecType(hal::ELdpLearnedLabel& l, const learn::Given& given) {
 
 struct RegisterLearnedLdpLabels {
     RegisterLearnedLdpLabels() {
-        learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, Protocol::Ldp, "routerId labelList", &learn::kIpv4Key, "label",
+        learn::registerItems<hal::ELdpLearnedLabel>(kLdpLabelsKind, Protocol::Ldp, "routerId labelList",
+                                                    &learn::kIpv4Key, "label",
                                                     binding::learnedItems<TCLLdpLearnedLabel>({}, settleFecType));
     }
 } registerLearnedLdpLabels;

@@ -208,9 +208,9 @@ void describeLearnedGroup(binding::ClassDesc<LearnedGroup<F>>& c) {
     using R = hal::EMulticastLearnedGroup;
     auto address = [](const std::string& text) { return F::v6 ? ipv6(text) : ipv4(text); };
     c.constructor();
-    c.readOnly("groupAddress", &T::groupAddress)
-        .maps(&R::group)
-        .learned([](const std::string& text) { return multicastAddress(text, F::v6); });
+    c.readOnly("groupAddress", &T::groupAddress).maps(&R::group).learned([](const std::string& text) {
+        return multicastAddress(text, F::v6);
+    });
     c.readOnly("querierAddress", &T::querierAddress).maps(&R::querier).learned(address);
     c.readOnly("version", &T::version).maps(&R::version).learned(range(1, F::lastVersion));
     c.readOnly("sourceMode", &T::sourceMode).maps(&R::sourceMode).learned(boolean);

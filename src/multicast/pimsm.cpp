@@ -23,7 +23,8 @@ template <class T>
 void describeGroupBlock(binding::ClassDesc<T>& c, const std::string& cls) {
     using R = typename T::Record;
     c.option("groupAddress", &T::groupAddress)
-        .checkWith([cls](const T& t, Checks& k) { mcast::checkGroupAddress(k, cls, "groupAddress", t.groupAddress, false); })
+        .checkWith(
+            [cls](const T& t, Checks& k) { mcast::checkGroupAddress(k, cls, "groupAddress", t.groupAddress, false); })
         .maps(&R::firstGroup);
     c.option("numberOfGroups", &T::numberOfGroups)
         .check(range(1, 65535))
@@ -137,9 +138,9 @@ static binding::Describe<TCLPimsmLearnedRp> describePimsmLearnedRp("TCLPimsmLear
     using R = hal::EPimsmLearnedRp;
     c.constructor();
     c.readOnly("rpAddress", &T::rpAddress).maps(&R::rp).learned(ipv4);
-    c.readOnly("groupAddress", &T::groupAddress)
-        .maps(&R::group)
-        .learned([](const std::string& text) { return mcast::multicastAddress(text, false); });
+    c.readOnly("groupAddress", &T::groupAddress).maps(&R::group).learned([](const std::string& text) {
+        return mcast::multicastAddress(text, false);
+    });
     c.readOnly("maskWidth", &T::maskWidth).maps(&R::prefixLength).learned(range(4, 32));
     c.readOnly("priority", &T::priority).maps(&R::priority).learned(range(0, 255));
     c.readOnly("holdTime", &T::holdTime).maps(&R::holdTime).learned(range(0, 65535));

@@ -22,8 +22,8 @@ std::string readLearnedLsa(Tcl_Obj* element, const std::string&, hal::EOSPFUserL
 
 struct RegisterLearnedLsas {
     RegisterLearnedLsas() {
-        learn::registerItems<hal::EOSPFUserLSA>(kOspfLsasKind, Protocol::Ospf, "interfaceIp lsaList", &learn::kIpv4Key, "LSA",
-                                                readLearnedLsa);
+        learn::registerItems<hal::EOSPFUserLSA>(kOspfLsasKind, Protocol::Ospf, "interfaceIp lsaList", &learn::kIpv4Key,
+                                                "LSA", readLearnedLsa);
     }
 } registerLearnedLsas;
 

@@ -64,8 +64,9 @@ static binding::Describe<TCLOspfV3LearnedLsa> describeOspfV3LearnedLsa("TCLOspfV
     c.readOnly("sequenceNumber", &T::sequenceNumber).maps(&R::sequence).learned(range(0, 0xFFFFFFFF));
     c.readOnly("lsaAge", &T::lsaAge).maps(&R::age).learned(range(0, 3600));  // MaxAge
     c.readOnly("prefixes", &T::prefixes)
-        .mapsVia([](const std::string& text) { return prefixList(text).value_or(std::vector<hal::EIPMaskedAddress>{}); },
-                 prefixesText, &R::prefixes)
+        .mapsVia(
+            [](const std::string& text) { return prefixList(text).value_or(std::vector<hal::EIPMaskedAddress>{}); },
+            prefixesText, &R::prefixes)
         .learned([](const std::string& text) { return prefixList(text).has_value(); });
     c.method("setDefault", &T::setDefault);
 });
@@ -74,8 +75,9 @@ namespace {
 
 struct RegisterOspfV3LearnedLsas {
     RegisterOspfV3LearnedLsas() {
-        learn::registerItems<hal::EOSPFv3LearnedLSA>(kOspfV3LsasKind, Protocol::OspfV3, "interfaceIp lsaList", &learn::kIpv6Key, "LSA",
-                                  binding::learnedItems<TCLOspfV3LearnedLsa>());
+        learn::registerItems<hal::EOSPFv3LearnedLSA>(kOspfV3LsasKind, Protocol::OspfV3, "interfaceIp lsaList",
+                                                     &learn::kIpv6Key, "LSA",
+                                                     binding::learnedItems<TCLOspfV3LearnedLsa>());
     }
 } registerOspfV3LearnedLsas;
 

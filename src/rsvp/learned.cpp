@@ -27,13 +27,14 @@ int learnRsvpLabels(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv
             return learn::failed(interp, where + "bad label \"" + Tcl_GetString(pair[1]) + "\": expected 0 to 1048575");
         data->table.entries.push_back({Tcl_GetString(pair[0]), uint32_t(label)});
     }
-    return learn::file(interp, port, kRsvpLabelsKind,
-                       learnedLabelsKey(*ipv4Address(*ourIp), *ipv4Address(*dutIp)), data);
+    return learn::file(interp, port, kRsvpLabelsKind, learnedLabelsKey(*ipv4Address(*ourIp), *ipv4Address(*dutIp)),
+                       data);
 }
 
 struct RegisterLearnedRsvpLabels {
     RegisterLearnedRsvpLabels() {
-        chassis::registerLearnKind(kRsvpLabelsKind, Protocol::Rsvp, "ourIp dutIp {{fecDescription label} ...}", learnRsvpLabels);
+        chassis::registerLearnKind(kRsvpLabelsKind, Protocol::Rsvp, "ourIp dutIp {{fecDescription label} ...}",
+                                   learnRsvpLabels);
     }
 } registerLearnedRsvpLabels;
 

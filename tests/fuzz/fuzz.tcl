@@ -280,7 +280,7 @@ proc learnedPairs {} {
     set names [dict keys $::options([pick $classes])]
     set pairs {}
     for {set i [upto 4]} {$i > 0} {incr i -1} {
-        lappend pairs [expr {[chance 0.9] && [llength $names] ? "-[pick $names]" : [anyValue]}] [anyValue]
+        lappend pairs [if {[chance 0.9] && [llength $names]} { string cat - [pick $names] } else anyValue] [anyValue]
     }
     return $pairs
 }

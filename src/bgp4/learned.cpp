@@ -70,7 +70,7 @@ void settleFamily(Route& r, const learn::Given& given) {
     if (!given.has("family")) r.family = r.network.IsV6() ? bgp4::kFamilyIpV6Unicast : 1;
 }
 
-int learnStats(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
+int learnStats(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out) {
     auto key = learn::readKey(interp, objv[0], "dutIp", learn::kAnyIpKey);
     if (!key) return TCL_ERROR;
     int n;
@@ -85,14 +85,14 @@ int learnStats(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
                                  std::string("unknown selector \"") + Tcl_GetString(items[k]) + "\": expected 0 to 70");
         data->values[int(selector)] = Tcl_GetString(items[k + 1]);
     }
-    return learn::file(interp, port, kBgpStatsKind, *key, data);
+    return learn::file(interp, out, *key, data);
 }
 
 struct RegisterLearnedBgp {
     RegisterLearnedBgp() {
         learn::registerItems<Route>(kBgpRoutesKind, Protocol::Bgp4, "dutIp routeList", &learn::kAnyIpKey, "route",
                                     binding::learnedItems<TCLBgp4LearnedRoute>({}, settleFamily));
-        chassis::registerLearnKind(kBgpStatsKind, Protocol::Bgp4, "dutIp {selector value ...}", learnStats, true);
+        learn::registerKind(kBgpStatsKind, Protocol::Bgp4, "dutIp {selector value ...}", learnStats, true);
     }
 } registerLearnedBgp;
 

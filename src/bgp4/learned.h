@@ -19,7 +19,7 @@ inline constexpr const char* kBgpRoutesKind = "bgpRoutes";
 inline constexpr const char* kBgpStatsKind = "bgpStats";
 
 // Statistic values by selector (bgpOurIP 0 .. bgpRoutesReceivedBeforeStaleTimerExpired 70).
-struct LearnedBgpStats : chassis::LearnedData {
+struct LearnedBgpStats : zk::LearnedData {
     std::map<int, std::string> values;
 };
 inline constexpr int kLastStatistic = 70;

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "chassis/lab.h"
-#include "chassis/learn.h"
 #include "chassis/port_options.h"
+#include "core/learn_input.h"
 
 namespace chassis {
 namespace {
@@ -22,10 +22,6 @@ int wordsOf(const std::string& usage) {
     const char** parts = nullptr;
     if (Tcl_SplitList(nullptr, usage.c_str(), &n, &parts) == TCL_OK) Tcl_Free(reinterpret_cast<char*>(parts));
     return n;
-}
-std::map<std::string, LearnKind>& learnKinds() {
-    static auto* k = new std::map<std::string, LearnKind>;
-    return *k;
 }
 
 // "wrong # args: should be ..." from the first `words` words and `usage`.
@@ -207,21 +203,26 @@ int captureDirCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[
 }
 
 int learnCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
-    auto& kinds = learnKinds();
     if (objc < 2) return wrongArgs(interp, 1, objv, "kind C D P ...");
     const char* kind = Tcl_GetString(objv[1]);
-    auto it = kinds.find(kind);
-    if (it == kinds.end()) {
+    const zk::learn::Kind* k = zk::learn::findKind(kind);
+    if (!k) {
         std::string names;
-        for (const auto& [name, k] : kinds) names += (names.empty() ? "" : ", ") + name;
+        zk::learn::forEachKind([&](const std::string& name, const zk::learn::Kind&) {
+            names += (names.empty() ? "" : ", ") + name;
+        });
         return chassisError(interp, std::string("unknown kind \"") + kind + "\": must be " + names,
                             {"UNKNOWN", "kind", kind});
     }
-    if (objc != 5 + wordsOf(it->second.usage)) return wrongArgs(interp, 2, objv, ("C D P " + it->second.usage).c_str());
+    if (objc != 5 + wordsOf(k->usage)) return wrongArgs(interp, 2, objv, ("C D P " + k->usage).c_str());
     Port* p = findPort(interp, objv + 2);
     if (!p) return TCL_ERROR;
-    if (it->second.handler(interp, *p, objv + 5) == TCL_OK) return TCL_OK;
-    zk::setErrorCode(interp, kErrorFamily, {"LEARN", it->first});
+    zk::learn::Filed filed;
+    if (k->handler(interp, objv + 5, filed) == TCL_OK) {
+        Lab::instance().replies().learn(p->id.key(), kind, filed.key, std::move(filed.data));
+        return TCL_OK;
+    }
+    zk::setErrorCode(interp, kErrorFamily, {"LEARN", kind});
     return TCL_ERROR;
 }
 
@@ -305,15 +306,6 @@ const struct {
 };
 
 }  // namespace
-
-void registerLearnKind(const char* kind, Protocol protocol, const char* usage, LearnHandler handler, bool statistics) {
-    learnKinds()[kind] = LearnKind{protocol, statistics, usage, std::move(handler)};
-}
-
-const LearnKind* findLearnKind(std::string_view kind) {
-    auto it = learnKinds().find(std::string(kind));
-    return it == learnKinds().end() ? nullptr : &it->second;
-}
 
 void installEventLoop() {
     Lab::instance().replies().armTimer = [](int64_t ms) { Tcl_CreateTimerHandler(int(ms), timerFired, nullptr); };

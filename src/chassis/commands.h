@@ -13,6 +13,9 @@ namespace chassis {
 // Creates the zkchassis:: commands in `interp`.
 void createCommands(Tcl_Interp* interp);
 
+// Lets the event loop deliver due replies (called by both package entries).
+void installEventLoop();
+
 // Every error of a zkchassis command has the error code
 // {ZKCHASSIS <kind> <detail>...}; docs/chassis.md lists the kinds.
 inline constexpr char kErrorFamily[] = "ZKCHASSIS";

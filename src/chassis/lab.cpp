@@ -1,22 +1,28 @@
 #include "chassis/lab.h"
 
+#include "core/port.h"
+
 namespace chassis {
 
 Lab& Lab::instance() {
-    static Lab* lab = new Lab;  // lives for the process: ports outlive every interpreter
+    static Lab* lab = [] {
+        auto* l = new Lab;  // lives for the process: ports outlive every interpreter
+        zk::installEquipment(l);
+        return l;
+    }();
     return *lab;
 }
 
 Lab::Lab() { reset(false); }
 
-Port* Lab::find(const PortId& id) {
+EmulatedPort* Lab::find(const PortId& id) {
     auto it = ports_.find(id);
     return it == ports_.end() ? nullptr : it->second.get();
 }
 
-Port& Lab::add(const PortId& id) {
+EmulatedPort& Lab::add(const PortId& id) {
     auto& slot = ports_[id];
-    slot = std::make_unique<Port>(id);
+    slot = std::make_unique<EmulatedPort>(id);
     return *slot;
 }
 
@@ -38,7 +44,7 @@ void Lab::reset(bool empty) {
     captureSequence = 0;
     replies_.clear();
     replies_.replyDelayMs = 0;
-    for (auto hook : resetHooks_) hook();
+    zk::clearCurrentPort();
 }
 
 }  // namespace chassis

@@ -7,18 +7,20 @@
 #include <string>
 #include <vector>
 
-#include "chassis/port.h"
+#include "chassis/emulated_port.h"
 #include "chassis/replies.h"
 
 namespace chassis {
 
-class Lab {
+// The lab is the equipment of the module: the first use installs it.
+class Lab : public zk::Equipment {
 public:
     static Lab& instance();
 
-    Port* find(const PortId& id);
-    Port* find(int c, int d, int p) { return find(PortId{c, d, p}); }
-    Port& add(const PortId& id);  // replaces a port of the same triple
+    EmulatedPort* find(const PortId& id) override;
+    EmulatedPort* find(int c, int d, int p) { return find(PortId{c, d, p}); }
+    int deliverReplies() override { return replies_.poll(); }
+    EmulatedPort& add(const PortId& id);  // replaces a port of the same triple
     bool remove(const PortId& id);
     std::vector<PortId> list() const;
 
@@ -36,16 +38,11 @@ public:
 
     ReplyQueue& replies() { return replies_; }
 
-    // Called when the lab is reset, so that the protocol module can forget
-    // its current port.
-    void onReset(void (*hook)()) { resetHooks_.push_back(hook); }
-
 private:
     Lab();
-    std::map<PortId, std::unique_ptr<Port>> ports_;
+    std::map<PortId, std::unique_ptr<EmulatedPort>> ports_;
     std::vector<std::string> log_;
     ReplyQueue replies_;
-    std::vector<void (*)()> resetHooks_;
 };
 
 }  // namespace chassis

@@ -144,14 +144,14 @@ int setCapabilities(const PortOption& o, Tcl_Interp* interp, Port& p, Tcl_Obj* v
 }
 
 // A set of protocols held by a port (-licensed, -statistics), as names.
-template <std::set<Protocol> Port::*Member>
+template <auto Member>
 Tcl_Obj* getProtocols(const Port& p) {
     std::vector<const char*> names;
     for (int k = 0; k < kProtocolCount; ++k)
         if ((p.*Member).count(Protocol(k))) names.push_back(protocolName(Protocol(k)));
     return listOf(names, [](const char* name) { return Tcl_NewStringObj(name, -1); });
 }
-template <std::set<Protocol> Port::*Member>
+template <auto Member>
 int setProtocols(const PortOption& o, Tcl_Interp* interp, Port& p, Tcl_Obj* v) {
     std::set<Protocol> protocols;
     int code = forEachElement(interp, o, v, [&](Tcl_Obj* e) {

@@ -9,9 +9,11 @@
 #include <string>
 #include <string_view>
 
-#include "chassis/port.h"
+#include "chassis/emulated_port.h"
 
 namespace chassis {
+
+using Port = EmulatedPort;
 
 struct PortOption {
     const char* name;          // "-mtu"; first, for Tcl_GetIndexFromObjStruct

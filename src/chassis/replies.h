@@ -12,19 +12,15 @@
 #include <utility>
 #include <vector>
 
+#include "core/equipment.h"
+
 namespace chassis {
 
-class Port;
-
-// What a port has learned; each protocol derives its own payload.
-class LearnedData {
-public:
-    virtual ~LearnedData() = default;
-};
+using zk::LearnedData;
 
 class ReplyQueue {
 public:
-    using Callback = std::function<void(std::shared_ptr<const LearnedData>)>;
+    using Callback = zk::ReplyCallback;
     using Clock = std::function<int64_t()>;  // milliseconds
 
     // Stores what port `portKey` answers for (kind, key).

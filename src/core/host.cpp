@@ -1,7 +1,7 @@
 #include "core/host.h"
 
-#include "chassis/port_commands.h"
 #include "core/host_interface.h"
+#include "core/learn_input.h"
 #include "core/port.h"
 
 namespace zk {
@@ -47,13 +47,13 @@ void hostLog(const std::string& message) {
 int sendPortCommand(int c, int d, int p, int command) {
     Port* port;
     if (int r = commandPort(kSendCommand, c, d, p, port)) return r;
-    const chassis::CommandCode* code = chassis::findCommandCode(command);
+    const CommandCode* code = findCommandCode(command);
     if (!code) {
         setLastErrorf("%s   Unknown command code %d.", kSendCommand, command);
         return kFail;
     }
     if (!port->isLicensed(code->protocol)) {
-        setLastErrorf("%s   %s is not licensed on port %s.", kSendCommand, chassis::protocolTitle(code->protocol),
+        setLastErrorf("%s   %s is not licensed on port %s.", kSendCommand, protocolTitle(code->protocol),
                       portName(*port));
         return kNotLicensed;
     }
@@ -61,26 +61,25 @@ int sendPortCommand(int c, int d, int p, int command) {
         setLastErrorf("%s   The command could not be sent to port %s.", kSendCommand, portName(*port));
         return kFail;
     }
-    chassis::receiveCommand(*port, *code);
+    port->command(*code);
     return kOk;
 }
 
 int enablePortStatistics(int c, int d, int p, const std::string& protocol, int enable) {
     Port* port;
     if (int r = commandPort(kEnableStatistics, c, d, p, port)) return r;
-    auto which = chassis::protocolFromName(protocol);
+    auto which = protocolFromName(protocol);
     if (!which) {
         setLastErrorf("%s   Unknown protocol \"%s\".", kEnableStatistics, protocol.c_str());
         return kFail;
     }
-    if (enable) port->statistics.insert(*which);
-    else port->statistics.erase(*which);
-    port->trace(std::string("statistics ") + protocol + (enable ? " on" : " off"));
+    port->enableStatistics(*which, enable != 0);
     return kOk;
 }
 
-int portAnswers(const char* where, const chassis::Port& port, const char* kind) {
-    auto reason = chassis::refusesToAnswer(port, kind);
+int portAnswers(const char* where, const Port& port, const char* kind) {
+    const learn::Kind* owner = learn::findKind(kind);
+    auto reason = owner ? port.refusesToAnswer(owner->protocol, owner->statistics) : std::nullopt;
     if (!reason) return kOk;
     setLastErrorf("%s   %s", where, reason->c_str());
     return kFail;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "chassis/port.h"
+#include "core/equipment.h"
 
 namespace zk {
 
@@ -26,6 +26,6 @@ int enablePortStatistics(int chasID, int cardID, int portID, const std::string& 
 // `kind` now: 0, or 1 with "<where>   <reason>" in the last-error text.
 // Every request for learned information or statistics asks this before
 // it goes out (see docs/host.md).
-int portAnswers(const char* where, const chassis::Port& port, const char* kind);
+int portAnswers(const char* where, const Port& port, const char* kind);
 
 }  // namespace zk

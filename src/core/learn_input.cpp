@@ -1,6 +1,7 @@
 #include "core/learn_input.h"
 
-#include "chassis/lab.h"
+#include <map>
+
 #include "core/mac_address.h"
 #include "core/parse.h"
 
@@ -45,11 +46,30 @@ std::optional<std::string> readKey(Tcl_Interp* interp, Tcl_Obj* value, const cha
     return canonical;
 }
 
-int file(Tcl_Interp* interp, chassis::Port& port, const char* kind, const std::string& key,
-         std::shared_ptr<chassis::LearnedData> data) {
-    chassis::Lab::instance().replies().learn(port.id.key(), kind, key, std::move(data));
+int file(Tcl_Interp* interp, Filed& out, const std::string& key, std::shared_ptr<const LearnedData> data) {
+    out = {key, std::move(data)};
     Tcl_ResetResult(interp);
     return TCL_OK;
+}
+
+namespace {
+std::map<std::string, Kind, std::less<>>& kinds() {
+    static auto* k = new std::map<std::string, Kind, std::less<>>;  // filled by static registrations
+    return *k;
+}
+}  // namespace
+
+void registerKind(const char* kind, Protocol protocol, const char* usage, Handler handler, bool statistics) {
+    kinds()[kind] = Kind{protocol, statistics, usage, std::move(handler)};
+}
+
+const Kind* findKind(std::string_view kind) {
+    auto it = kinds().find(kind);
+    return it == kinds().end() ? nullptr : &it->second;
+}
+
+void forEachKind(const std::function<void(const std::string&, const Kind&)>& visit) {
+    for (const auto& [name, kind] : kinds()) visit(name, kind);
 }
 
 }  // namespace zk::learn

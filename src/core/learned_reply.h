@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "chassis/lab.h"
-#include "chassis/port.h"
+#include "core/equipment.h"
 #include "core/host.h"
 #include "core/port.h"
 
@@ -40,20 +39,19 @@ template <class Data>
 class LearnedReply {
 public:
     // The answer is delivered only while `owner` lives.
-    void send(const chassis::Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
+    void send(Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
         uint64_t number = ++number_;
         answered_ = false;
         reply_.reset();
-        chassis::Lab::instance().replies().request(port.id.key(), kind, key, std::move(owner),
-                                                   [this, number](std::shared_ptr<const chassis::LearnedData> data) {
-                                                       if (number != number_) return;
-                                                       answered_ = true;
-                                                       reply_ = std::dynamic_pointer_cast<const Data>(data);
-                                                   });
+        port.request(kind, key, std::move(owner), [this, number](std::shared_ptr<const LearnedData> data) {
+            if (number != number_) return;
+            answered_ = true;
+            reply_ = std::dynamic_pointer_cast<const Data>(data);
+        });
     }
     // True once the answer is in; data() is then null when the port learned nothing.
     bool arrived() {
-        chassis::Lab::instance().replies().poll();
+        equipment().deliverReplies();
         return answered_;
     }
     std::shared_ptr<const Data> data() const { return reply_; }
@@ -71,7 +69,7 @@ private:
 
 // A port's answer that is a list of records.
 template <class Item>
-struct LearnedItems : chassis::LearnedData {
+struct LearnedItems : LearnedData {
     std::vector<Item> items;
 };
 

@@ -2,22 +2,15 @@
 
 namespace zk {
 namespace {
-std::optional<chassis::PortId>& current() {
-    static std::optional<chassis::PortId> id;
+std::optional<PortId>& current() {
+    static std::optional<PortId> id;
     return id;
 }
-
-struct ResetHook {
-    ResetHook() {
-        chassis::Lab::instance().onReset([] { current().reset(); });
-    }
-};
 }  // namespace
 
-Port* findPort(int c, int d, int p) { return chassis::Lab::instance().find(c, d, p); }
+Port* findPort(int c, int d, int p) { return equipment().find(PortId{c, d, p}); }
 
 int selectPort(int c, int d, int p, Protocol protocol) {
-    static ResetHook hook;
     Port* port = findPort(c, d, p);
     if (!port) return kNoPort;
     if (!port->isLicensed(protocol)) return kNotLicensed;
@@ -27,7 +20,7 @@ int selectPort(int c, int d, int p, Protocol protocol) {
 
 Port* currentPort() {
     auto& id = current();
-    return id ? chassis::Lab::instance().find(*id) : nullptr;
+    return id ? equipment().find(*id) : nullptr;
 }
 
 Port* usablePort() {

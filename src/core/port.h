@@ -6,14 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "chassis/lab.h"
-#include "chassis/port.h"
+#include "core/equipment.h"
 #include "core/errors.h"
 
 namespace zk {
-
-using chassis::Port;
-using chassis::Protocol;
 
 // Looks the port up, asks the licence check, and makes it current.
 // 0; 100 no such port; 104 the protocol is not licensed on it.

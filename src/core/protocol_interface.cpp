@@ -6,14 +6,14 @@ namespace zk {
 
 std::optional<int> interfaceIdOf(const std::string& description) {
     const Port* port = usablePort();
-    const chassis::ProtocolInterface* i = port ? port->findInterface(description) : nullptr;
+    const ProtocolInterface* i = port ? port->findInterface(description) : nullptr;
     if (!i) return std::nullopt;
     return i->localId;
 }
 
 int localInterfaceId(const std::string& description) {
     const Port* port = currentPort();
-    const chassis::ProtocolInterface* i = port ? port->findInterface(description) : nullptr;
+    const ProtocolInterface* i = port ? port->findInterface(description) : nullptr;
     return i ? i->localId : 0;
 }
 

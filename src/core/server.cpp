@@ -12,7 +12,7 @@ int PortServer::select(int c, int d, int p) {
 int PortServer::write() {
     Port* p = usablePort();
     if (!p) return kFail;
-    return p->send(chassis::protocolName(protocol_), configOf(*p)) ? kOk : kFail;
+    return p->send(protocol_, configOf(*p)) ? kOk : kFail;
 }
 
 int PortServer::generateStreams(int c, int d, int p, int action) {
@@ -20,9 +20,7 @@ int PortServer::generateStreams(int c, int d, int p, int action) {
     if (!given || !currentPort()) return kFail;
     if (!given->available) return kNoPort;
     if (given->writeFails) return kFail;
-    given->streams.push_back({chassis::protocolName(protocol_), configOf(*given).id.GetValue(), action});
-    chassis::Lab::instance().log(formatText("generateStreams %s port %s action %d", chassis::protocolName(protocol_),
-                                            given->id.text().c_str(), action));
+    given->generateStreams(protocol_, configOf(*given).id.GetValue(), action);
     return kOk;
 }
 

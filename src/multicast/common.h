@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "chassis/lab.h"
-#include "chassis/replies.h"
+#include "core/equipment.h"
 #include "core/checks.h"
 #include "core/learn_input.h"
 #include "core/learned_reply.h"
@@ -44,7 +43,7 @@ class LearnedWalk {
 public:
     explicit LearnedWalk(Staging* staging) : staging_(staging) {}
 
-    void send(const chassis::Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
+    void send(Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
         list_.forget();
         list_.reply().send(port, kind, key, std::move(owner));
     }

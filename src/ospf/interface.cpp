@@ -3,7 +3,6 @@
 #include <tcl.h>
 
 #include "binding/describe.h"
-#include "chassis/lab.h"
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"

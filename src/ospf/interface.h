@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/equipment.h"
 #include "core/learned_lsas.h"
 #include "hal/ospf.h"
 #include "ospf/ranges.h"

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/equipment.h"
 #include "core/learned_lsas.h"
 #include "hal/ospfv3.h"
 #include "ospfv3/ranges.h"

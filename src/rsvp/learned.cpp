@@ -8,7 +8,7 @@
 namespace zk {
 namespace {
 
-int learnRsvpLabels(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
+int learnRsvpLabels(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out) {
     auto ourIp = learn::readKey(interp, objv[0], "ourIp", learn::kIpv4Key);
     auto dutIp = ourIp ? learn::readKey(interp, objv[1], "dutIp", learn::kIpv4Key) : std::nullopt;
     if (!dutIp) return TCL_ERROR;
@@ -27,13 +27,13 @@ int learnRsvpLabels(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv
             return learn::failed(interp, where + "bad label \"" + Tcl_GetString(pair[1]) + "\": expected 0 to 1048575");
         data->table.entries.push_back({Tcl_GetString(pair[0]), uint32_t(label)});
     }
-    return learn::file(interp, port, kRsvpLabelsKind, learnedLabelsKey(*ipv4Address(*ourIp), *ipv4Address(*dutIp)),
+    return learn::file(interp, out, learnedLabelsKey(*ipv4Address(*ourIp), *ipv4Address(*dutIp)),
                        data);
 }
 
 struct RegisterLearnedRsvpLabels {
     RegisterLearnedRsvpLabels() {
-        chassis::registerLearnKind(kRsvpLabelsKind, Protocol::Rsvp, "ourIp dutIp {{fecDescription label} ...}",
+        learn::registerKind(kRsvpLabelsKind, Protocol::Rsvp, "ourIp dutIp {{fecDescription label} ...}",
                                    learnRsvpLabels);
     }
 } registerLearnedRsvpLabels;

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "chassis/replies.h"
+#include "core/equipment.h"
 #include "core/learned_reply.h"
 #include "core/server.h"
 #include "hal/rsvp.h"
@@ -20,7 +20,7 @@ namespace zk {
 
 // What a port answers to a label request: the labels learned on the pair
 // of one emulated address and one DUT address.
-struct LearnedRsvpLabels : chassis::LearnedData {
+struct LearnedRsvpLabels : zk::LearnedData {
     hal::ERSVP::ConfigLabelTable table;
 };
 inline constexpr const char* kRsvpLabelsKind = "rsvpLabels";

@@ -7,38 +7,36 @@
 namespace zk {
 namespace {
 
-using chassis::Protocol;
 
-// Each protocol's service option, in the order the port services walk them.
-// The RSVP-TE and STP holders take a flag (any non-zero value is 1); the
-// others take the value as it stands.
-struct ServiceField {
-    Protocol protocol;
-    int TCLProtocolServer::*enable;
-    bool flag = false;
-};
-const ServiceField kServices[] = {
-    {Protocol::Igmp, &TCLProtocolServer::enableIgmpQueryResponse},
-    {Protocol::Ospf, &TCLProtocolServer::enableOspfService},
-    {Protocol::Bgp4, &TCLProtocolServer::enableBgp4Service},
-    {Protocol::Isis, &TCLProtocolServer::enableIsisService},
-    {Protocol::Rsvp, &TCLProtocolServer::enableRsvpService, true},
-    {Protocol::Rip, &TCLProtocolServer::enableRipService},
-    {Protocol::Ldp, &TCLProtocolServer::enableLdpService},
-    {Protocol::Ripng, &TCLProtocolServer::enableRipngService},
-    {Protocol::Mld, &TCLProtocolServer::enableMldService},
-    {Protocol::OspfV3, &TCLProtocolServer::enableOspfV3Service},
-    {Protocol::Pimsm, &TCLProtocolServer::enablePimsmService},
-    {Protocol::Stp, &TCLProtocolServer::enableStpService, true},
-};
-const ServiceField kCreateInterface[] = {
-    {Protocol::Bgp4, &TCLProtocolServer::enableBgp4CreateInterface},
-    {Protocol::Isis, &TCLProtocolServer::enableIsisCreateInterface},
-    {Protocol::Ospf, &TCLProtocolServer::enableOspfCreateInterface},
-    {Protocol::Rip, &TCLProtocolServer::enableRipCreateInterface},
-    {Protocol::Rsvp, &TCLProtocolServer::enableRsvpCreateInterface},
-    {Protocol::Igmp, &TCLProtocolServer::enableIgmpCreateInterface},
-};
+// The options of a protocol's switches: row I of the protocol table.
+template <size_t I>
+int getService(const TCLProtocolServer& s) {
+    return s.service[I];
+}
+template <size_t I>
+void setService(TCLProtocolServer& s, int v) {
+    s.service[I] = v;
+}
+template <size_t I>
+int getCreateInterface(const TCLProtocolServer& s) {
+    return s.createInterface[I];
+}
+template <size_t I>
+void setCreateInterface(TCLProtocolServer& s, int v) {
+    s.createInterface[I] = v;
+}
+
+template <class C, size_t... I>
+void describeSwitches(C& c, std::index_sequence<I...>) {
+    auto rows = protocolTable();
+    (c.option(rows[I].serviceOption, &getService<I>, &setService<I>), ...);
+    // The interface-creation switches stand in the order of their ranks.
+    for (int rank = 0; rank < kProtocolCount; ++rank)
+        ((rows[I].createOption && rows[I].createRank == rank
+              ? (void)c.option(rows[I].createOption, &getCreateInterface<I>, &setCreateInterface<I>)
+              : (void)0),
+         ...);
+}
 
 void warnDeprecated(const char* parameter) {
     hostLog(formatText("********* Warning - deprecated parameter TCLProtocolServer.%s configured.", parameter));
@@ -47,9 +45,9 @@ void warnDeprecated(const char* parameter) {
 }  // namespace
 
 void TCLProtocolServer::setDefault() {
-    for (const auto& s : kServices) this->*s.enable = 0;
+    service.fill(0);
     enableArpResponse = enablePingResponse = 0;
-    for (const auto& s : kCreateInterface) this->*s.enable = 1;
+    createInterface.fill(1);
     arpServerEnable = pingServerEnable = repeatCount = rate = count = mapType = -1;
     MacAddress.clear();
     IpAddress.clear();
@@ -73,15 +71,15 @@ int TCLProtocolServer::set(int c, int d, int p) {
     Port* port = findPort(c, d, p);
     if (!port || !port->available) return kNoPort;
     if (!Validate()) return kInvalid;
-    if (port->hasCapability(chassis::kCapabilityArp)) port->arpResponse = enableArpResponse;
-    if (port->hasCapability(chassis::kCapabilityPing)) port->pingResponse = enablePingResponse;
-    if (port->hasCapability(chassis::kCapabilityRouting)) {
-        for (const auto& s : kServices)
-            if (port->isLicensed(s.protocol)) {
-                int v = this->*s.enable;
-                port->holder(s.protocol).serviceEnabled = s.flag ? v != 0 : v;
-            }
-        for (const auto& s : kCreateInterface) port->holder(s.protocol).createInterface = this->*s.enable;
+    if (port->hasCapability(kCapabilityArp)) port->arpResponse = enableArpResponse;
+    if (port->hasCapability(kCapabilityPing)) port->pingResponse = enablePingResponse;
+    if (port->hasCapability(kCapabilityRouting)) {
+        for (const ProtocolRow& r : protocolTable()) {
+            Holder& h = port->holder(r.protocol);
+            int v = service[size_t(r.protocol)];
+            if (port->isLicensed(r.protocol)) h.serviceEnabled = r.serviceFlag ? v != 0 : v;
+            if (r.createOption) h.createInterface = createInterface[size_t(r.protocol)];
+        }
     }
     return kOk;
 }
@@ -92,8 +90,10 @@ int TCLProtocolServer::get(int c, int d, int p) {
     setDefault();
     enableArpResponse = port->arpResponse;
     enablePingResponse = port->pingResponse;
-    for (const auto& s : kServices) this->*s.enable = port->holder(s.protocol).serviceEnabled;
-    for (const auto& s : kCreateInterface) this->*s.enable = port->holder(s.protocol).createInterface;
+    for (const ProtocolRow& r : protocolTable()) {
+        service[size_t(r.protocol)] = port->holder(r.protocol).serviceEnabled;
+        if (r.createOption) createInterface[size_t(r.protocol)] = port->holder(r.protocol).createInterface;
+    }
     return kOk;
 }
 
@@ -103,7 +103,7 @@ int TCLProtocolServer::write(int c, int d, int p) {
         setLastError("TCLProtocolServer::write() Port not available");
         return kNoPort;
     }
-    port->send("services", port->servicesJson());
+    port->sendServices();
     return kOk;
 }
 
@@ -120,24 +120,7 @@ static binding::Describe<TCLProtocolServer> describeProtocolServer("TCLProtocolS
     c.constructor();
     c.option("enableArpResponse", &T::enableArpResponse);
     c.option("enablePingResponse", &T::enablePingResponse);
-    c.option("enableIgmpQueryResponse", &T::enableIgmpQueryResponse);
-    c.option("enableOspfService", &T::enableOspfService);
-    c.option("enableBgp4Service", &T::enableBgp4Service);
-    c.option("enableIsisService", &T::enableIsisService);
-    c.option("enableRsvpService", &T::enableRsvpService);
-    c.option("enableRipService", &T::enableRipService);
-    c.option("enableLdpService", &T::enableLdpService);
-    c.option("enableRipngService", &T::enableRipngService);
-    c.option("enableMldService", &T::enableMldService);
-    c.option("enableOspfV3Service", &T::enableOspfV3Service);
-    c.option("enablePimsmService", &T::enablePimsmService);
-    c.option("enableStpService", &T::enableStpService);
-    c.option("enableBgp4CreateInterface", &T::enableBgp4CreateInterface);
-    c.option("enableIsisCreateInterface", &T::enableIsisCreateInterface);
-    c.option("enableOspfCreateInterface", &T::enableOspfCreateInterface);
-    c.option("enableRipCreateInterface", &T::enableRipCreateInterface);
-    c.option("enableRsvpCreateInterface", &T::enableRsvpCreateInterface);
-    c.option("enableIgmpCreateInterface", &T::enableIgmpCreateInterface);
+    describeSwitches(c, std::make_index_sequence<kProtocolCount>{});
     c.option("arpServerEnable", &T::arpServerEnable);
     c.option("pingServerEnable", &T::pingServerEnable);
     c.option("repeatCount", &T::repeatCount);

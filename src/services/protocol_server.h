@@ -3,9 +3,11 @@
 // method names its port; there is no current port here.
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "core/object.h"
+#include "core/protocols.h"
 
 namespace zk {
 
@@ -15,24 +17,10 @@ public:
 
     int enableArpResponse;
     int enablePingResponse;
-    int enableIgmpQueryResponse;
-    int enableOspfService;
-    int enableBgp4Service;
-    int enableIsisService;
-    int enableRsvpService;
-    int enableRipService;
-    int enableLdpService;
-    int enableRipngService;
-    int enableMldService;
-    int enableOspfV3Service;
-    int enablePimsmService;
-    int enableStpService;
-    int enableBgp4CreateInterface;
-    int enableIsisCreateInterface;
-    int enableOspfCreateInterface;
-    int enableRipCreateInterface;
-    int enableRsvpCreateInterface;
-    int enableIgmpCreateInterface;
+    // Each protocol's service switch and interface-creation switch, by
+    // protocol; the options are named by the protocol table.
+    std::array<int, kProtocolCount> service{};
+    std::array<int, kProtocolCount> createInterface{};
     int arpServerEnable;   // deprecated alias of enableArpResponse
     int pingServerEnable;  // deprecated alias of enablePingResponse
     int repeatCount;       // the rest are kept and not used

@@ -40,18 +40,18 @@ static binding::Describe<TCLStpLearnedInterface> describeStpLearnedInterface("TC
 namespace {
 
 // The bridge's information is one list of -option value pairs, not a list of them.
-int learnStpBridge(Tcl_Interp* interp, chassis::Port& port, Tcl_Obj* const objv[]) {
+int learnStpBridge(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out) {
     auto key = learn::readKey(interp, objv[0], "bridgeMac", learn::kMacKey);
     if (!key) return TCL_ERROR;
     auto data = std::make_shared<LearnedStpBridge>();
     if (std::string why = binding::learnedItems<TCLStpLearnedBridge>()(objv[1], *key, data->bridge); !why.empty())
         return learn::failed(interp, "info: " + why);
-    return learn::file(interp, port, stp::kBridgeKind, *key, data);
+    return learn::file(interp, out, *key, data);
 }
 
 struct RegisterLearnedStp {
     RegisterLearnedStp() {
-        chassis::registerLearnKind(stp::kBridgeKind, Protocol::Stp, "bridgeMac info", learnStpBridge);
+        learn::registerKind(stp::kBridgeKind, Protocol::Stp, "bridgeMac info", learnStpBridge);
         learn::registerItems<hal::EStpLearnedInterface>(stp::kInterfacesKind, Protocol::Stp, "bridgeMac interfaceList",
                                                         &learn::kMacKey, "interface",
                                                         binding::learnedItems<TCLStpLearnedInterface>());

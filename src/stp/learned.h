@@ -12,7 +12,7 @@
 
 namespace zk {
 
-struct LearnedStpBridge : chassis::LearnedData {
+struct LearnedStpBridge : zk::LearnedData {
     hal::EStpLearnedBridge bridge;
 };
 

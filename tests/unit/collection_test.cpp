@@ -13,8 +13,8 @@
 namespace {
 
 using chassis::Lab;
-using chassis::PortId;
-using chassis::Protocol;
+using zk::PortId;
+using zk::Protocol;
 using zk::Collection;
 using zk::ItemList;
 using Strings = std::vector<std::string>;
@@ -190,7 +190,7 @@ struct Lab0 : ::testing::Test {
     TSrv srv{&item};
     void SetUp() override { Lab::instance().reset(false); }
     void TearDown() override { SetUp(); }
-    chassis::Port& port(int c, int d, int p) { return *Lab::instance().find(c, d, p); }
+    chassis::EmulatedPort& port(int c, int d, int p) { return *Lab::instance().find(c, d, p); }
     int add(const std::string& name, int v) { return item.v = v, srv.items.add(name); }
     Ints walk() {
         Ints vs;

@@ -27,7 +27,7 @@ protected:
         t.log = toLab;
         InitProtocols(&t);
     }
-    chassis::Port& port(int p) { return *chassis::Lab::instance().find(1, 1, p); }
+    chassis::EmulatedPort& port(int p) { return *chassis::Lab::instance().find(1, 1, p); }
     ZkProtocolHostTable goodTable(HostLogLines& log) {
         ZkProtocolHostTable t{};
         t.version = unsigned(ProtocolTCLAPIVersion());

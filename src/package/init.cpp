@@ -1,13 +1,13 @@
 // The entry points of the two packages of the library. Each registers the
 // other as a static package, so that once the library is loaded under one
-// prefix the other package comes from it too.
+// prefix the other package comes from it too. This is the one place that
+// wires the emulated chassis in as the module's equipment.
 #include <tcl.h>
 
 #include "binding/instance.h"
 #include "binding/module.h"
 #include "chassis/commands.h"
 #include "chassis/lab.h"
-#include "chassis/learn.h"
 #include "core/host.h"
 #include "core/host_interface.h"
 
@@ -23,6 +23,7 @@ constexpr const char* kChassisTclVersion = "8.6";
 void chassisLog(void*, const char* message) { chassis::Lab::instance().log(message); }
 
 void connectEmulatedHost() {
+    chassis::Lab::instance();  // installs the emulated chassis as the equipment
     ZkProtocolHostTable table{};
     table.version = unsigned(ProtocolTCLAPIVersion());
     table.log = chassisLog;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "hal/bgp.h"
 
 namespace zk {

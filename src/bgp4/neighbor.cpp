@@ -4,6 +4,7 @@
 
 #include "bgp4/forms.h"
 #include "binding/collection_methods.h"
+#include "binding/learned_methods.h"
 #include "core/port.h"
 #include "core/port_feature.h"
 
@@ -30,13 +31,13 @@ TCLBgp4Neighbor::TCLBgp4Neighbor(TCLBgp4RouteRange* pBgpRouteRange, TCLBgp4L3Sit
       l3Sites(this, pL3Site),
       mplsRouteRanges(this, pMplsRouteRange),
       prefixFilters(this, pPrefixFilter),
+      learnedRoutes(pLearnedRoute),
       routeFilter_(pRouteFilter),
       internalTable_(pInternalTable),
       internalPeerNames_([this]() -> CollectionBase* {
           TCLBgp4InternalTable* table = internalTable_.get();
           return table ? &table->neighborItems : nullptr;
-      }),
-      learnedRoute_(pLearnedRoute) {
+      }) {
     adoptList(&internalPeerNames_);
     setDefault();
 }
@@ -95,10 +96,8 @@ void TCLBgp4Neighbor::setDefault() {
 }
 
 void TCLBgp4Neighbor::forgetLearned() {
-    routesReply_.forget();
+    learnedRoutes.forget();
     statsReply_.forget();
-    learned_.clear();
-    learnedCursor_ = 0;
     numberOfLearnedRoutes = 0;
 }
 
@@ -116,54 +115,10 @@ void TCLBgp4Neighbor::fromRecordRest(const Neighbor& r) {
 
 // ---- learned routes and statistics ----
 
-int TCLBgp4Neighbor::mayRequest(const char* function, const char* kind) const {
-    std::string where = formatText("TCLBgp4Neighbor::%s()", function);
-    return mayRequestLearned(where.c_str(), work().id.IsValid(), "The neighbor has not been loaded from the server.",
-                             kind);
-}
-
-int TCLBgp4Neighbor::requestLearnedRoutes() {
-    if (int r = mayRequest("requestLearnedRoutes", kBgpRoutesKind)) return r;
-    routesReply_.send(*currentPort(), kBgpRoutesKind, work().dutAddress.ToString(), token());
-    return kOk;
-}
-
-// The list keeps what passes the neighbor's filters as stored, up to the
-// route filter's limit.
-int TCLBgp4Neighbor::getLearnedRouteList() {
-    if (!routesReply_.arrived()) {
-        setLastError("TCLBgp4Neighbor::getLearnedRouteList()   No learned routes have arrived yet.");
-        return kFail;
-    }
-    learned_.clear();
-    learnedCursor_ = 0;
-    const uint32_t limit = work().routeFilter.enabled ? work().routeFilter.maxRoutes : 0;
-    if (auto reply = routesReply_.data())
-        for (const auto& route : reply->items) {
-            if (limit && learned_.size() >= limit) break;
-            if (keepsRoute(work(), route)) learned_.push_back(route);
-        }
-    numberOfLearnedRoutes = int(learned_.size());
-    return kOk;
-}
-
-int TCLBgp4Neighbor::getFirstLearnedRoute() {
-    learnedCursor_ = 0;
-    return getNextLearnedRoute();
-}
-
-int TCLBgp4Neighbor::getNextLearnedRoute() {
-    TCLBgp4LearnedRoute* staging = learnedRoute_.get();
-    if (!staging || learnedCursor_ >= learned_.size()) {
-        setLastError("TCLBgp4Neighbor::getNextLearnedRoute()   No more learned routes.");
-        return kFail;
-    }
-    staging->FromRecord(learned_[learnedCursor_++]);
-    return kOk;
-}
-
 int TCLBgp4Neighbor::requestStatistics() {
-    if (int r = mayRequest("requestStatistics", kBgpStatsKind)) return r;
+    if (int r = mayRequestLearned("TCLBgp4Neighbor::requestStatistics()", work().id.IsValid(),
+                                  "The neighbor has not been loaded from the server.", kBgpStatsKind))
+        return r;
     statsReply_.send(*currentPort(), kBgpStatsKind, work().dutAddress.ToString(), token());
     return kOk;
 }
@@ -229,10 +184,21 @@ static binding::Describe<TCLBgp4Neighbor> describeBgp4Neighbor("TCLBgp4Neighbor"
     c.readOnly("numberOfLearnedRoutes", &T::numberOfLearnedRoutes);
     c.readOnly("statisticValue", &T::statisticValue);
     c.method("setDefault", &T::setDefault);
-    c.method("requestLearnedRoutes", &T::requestLearnedRoutes);
-    c.method("getLearnedRouteList", &T::getLearnedRouteList);
-    c.method("getFirstLearnedRoute", &T::getFirstLearnedRoute);
-    c.method("getNextLearnedRoute", &T::getNextLearnedRoute);
+    describeLearned<&T::learnedRoutes, &T::numberOfLearnedRoutes>(
+        c, {.kind = kBgpRoutesKind,
+            .notLoaded = "The neighbor has not been loaded from the server.",
+            .key = [](const T& t) { return t.work().dutAddress.ToString(); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedRoutes",
+            .list = "getLearnedRouteList",
+            .first = "getFirstLearnedRoute",
+            .next = "getNextLearnedRoute",
+            .noneYet = "No learned routes have arrived yet.",
+            .noMore = "No more learned routes.",
+            .keep = [](const T& t, const hal::EBGP::LearnedRoute& r) { return keepsRoute(t.work(), r); },
+            .limit = [](const T& t) -> size_t {
+                return t.work().routeFilter.enabled ? t.work().routeFilter.maxRoutes : 0;
+            }});
     c.method("requestStatistics", &T::requestStatistics);
     c.method("getStatistic", &T::getStatistic, "selector");
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeId", "clearAllRouteRanges");

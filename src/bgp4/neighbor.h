@@ -11,7 +11,7 @@
 #include "bgp4/filters.h"
 #include "bgp4/l3vpn.h"
 #include "bgp4/learned.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "bgp4/routes.h"
 #include "hal/bgp.h"
 
@@ -72,13 +72,7 @@ public:
     std::string statisticValue;
 
     void setDefault();
-    // Learned routes: 0 sent; 100 no port or a neighbor not loaded from the
-    // server; 1 the port cannot be asked. The list: 0 in, 1 not yet.
-    int requestLearnedRoutes();
-    int getLearnedRouteList();
-    int getFirstLearnedRoute();
-    int getNextLearnedRoute();
-    // Statistics: requested as the routes are; one value by its selector.
+    // Statistics: requested as the learned routes are; one value by its selector.
     int requestStatistics();
     int getStatistic(int selector);
 
@@ -87,24 +81,23 @@ public:
     ChildList<TCLBgp4MplsRouteRange, &hal::EBGP::ConfigNeighbor::mplsRouteRanges> mplsRouteRanges;
     ChildList<TCLBgp4PrefixFilter, &hal::EBGP::ConfigNeighbor::prefixFilters> prefixFilters;
 
+    // The routes the neighbor learned: what passes its filters, up to the
+    // route filter's limit (the description declares the methods).
+    LearnedWalk<hal::EBGP::LearnedRoute, TCLBgp4LearnedRoute> learnedRoutes;
+
     void FromRecord(const hal::EBGP::ConfigNeighbor& r);
     int intoRecordRest(hal::EBGP::ConfigNeighbor& r);
     void fromRecordRest(const hal::EBGP::ConfigNeighbor& r);
 
 private:
     void setFamilies(hal::EBGP::ConfigNeighbor& r) const;
-    int mayRequest(const char* function, const char* kind) const;
     void forgetLearned();
 
     Ref<TCLBgp4RouteFilter> routeFilter_;
     Ref<TCLBgp4InternalTable> internalTable_;
     BorrowedNames internalPeerNames_;
 
-    Ref<TCLBgp4LearnedRoute> learnedRoute_;
-    LearnedReply<LearnedItems<hal::EBGP::LearnedRoute>> routesReply_;
     LearnedReply<LearnedBgpStats> statsReply_;
-    std::vector<hal::EBGP::LearnedRoute> learned_;  // what passed the filters
-    size_t learnedCursor_ = 0;
 };
 
 }  // namespace zk

@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "core/equipment.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "hal/basic.h"
 
 namespace zk::learn {

@@ -1,6 +1,7 @@
 #include "isis/router.h"
 
 #include "binding/collection_methods.h"
+#include "binding/learned_methods.h"
 #include "core/port.h"
 #include "isis/forms.h"
 
@@ -11,7 +12,7 @@ TCLIsisRouter::TCLIsisRouter(TCLIsisInterface* pIsisInterface, TCLIsisRouteRange
     : interfaces(this, pIsisInterface),
       routeRanges(this, pIsisRouteRange),
       grids(this, pIsisGrid),
-      learnedLsp_(pIsisLearnedLsp) {
+      learnedLsps(pIsisLearnedLsp) {
     setDefault();
 }
 
@@ -35,7 +36,7 @@ int TCLIsisRouter::intoRecordRest(hal::EISISRouter& r) {
 }
 
 void TCLIsisRouter::forgetLearned() {
-    learned_.forget();
+    learnedLsps.forget();
     numberOfLearnedLsps = 0;
 }
 
@@ -43,38 +44,6 @@ void TCLIsisRouter::forgetLearned() {
 void TCLIsisRouter::FromRecord(const hal::EISISRouter& r) {
     if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
-}
-
-// ---- learned LSPs ----
-
-int TCLIsisRouter::requestLearnedLsps() {
-    if (int r = mayRequestLearned("TCLIsisRouter::requestLearnedLsps()", work().id.IsValid(),
-                                  "The router has not been loaded from the server.", kIsisLspsKind))
-        return r;
-    learned_.reply().send(*currentPort(), kIsisLspsKind, isis::systemIdText(work().systemId), token());
-    return kOk;
-}
-
-int TCLIsisRouter::getLearnedLspList() {
-    if (!learned_.take()) {
-        setLastError("TCLIsisRouter::getLearnedLspList()   No learned LSPs have arrived yet.");
-        return kFail;
-    }
-    numberOfLearnedLsps = int(learned_.size());
-    return kOk;
-}
-
-int TCLIsisRouter::getFirstLearnedLsp() {
-    learned_.rewind();
-    return getNextLearnedLsp();
-}
-
-int TCLIsisRouter::getNextLearnedLsp() {
-    if (!learned_.next(learnedLsp_.get())) {
-        setLastError("TCLIsisRouter::getNextLearnedLsp()   No more learned LSPs.");
-        return kFail;
-    }
-    return kOk;
 }
 
 namespace {
@@ -126,10 +95,17 @@ static binding::Describe<TCLIsisRouter> describeIsisRouter("TCLIsisRouter", [](a
     c.option("gracefulRestartTime", &T::gracefulRestartTime).check(range(1, 65535)).maps(&R::restartTime);
     c.readOnly("numberOfLearnedLsps", &T::numberOfLearnedLsps);
     c.method("setDefault", &T::setDefault);
-    c.method("requestLearnedLsps", &T::requestLearnedLsps);
-    c.method("getLearnedLspList", &T::getLearnedLspList);
-    c.method("getFirstLearnedLsp", &T::getFirstLearnedLsp);
-    c.method("getNextLearnedLsp", &T::getNextLearnedLsp);
+    describeLearned<&T::learnedLsps, &T::numberOfLearnedLsps>(
+        c, {.kind = kIsisLspsKind,
+            .notLoaded = "The router has not been loaded from the server.",
+            .key = [](const T& t) { return isis::systemIdText(t.work().systemId); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedLsps",
+            .list = "getLearnedLspList",
+            .first = "getFirstLearnedLsp",
+            .next = "getNextLearnedLsp",
+            .noneYet = "No learned LSPs have arrived yet.",
+            .noMore = "No more learned LSPs."});
     describeCollection<&T::interfaces>(c, "Interface", "interfaceLocalId", "clearAllInterfaces");
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeLocalId", "clearAllRouteRanges");
     describeCollection<&T::grids>(c, "Grid", "gridLocalId", "clearAllGrids");

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "core/server.h"
 #include "hal/isis.h"
 #include "isis/interface.h"
@@ -45,13 +45,10 @@ public:
     ChildList<TCLIsisRouteRange, &hal::EISISRouter::routeRanges> routeRanges;
     ChildList<TCLIsisGrid, &hal::EISISRouter::grids> grids;
 
+    // The LSPs the router learned (its description declares the methods).
+    LearnedWalk<hal::EISISLearnedLSP, TCLIsisLearnedLsp> learnedLsps;
+
     void setDefault();
-    // Learned LSPs: 0 sent; 100 no port or a router not loaded from the
-    // server; 1 the port cannot be asked. The list: 0 in, 1 not yet.
-    int requestLearnedLsps();
-    int getLearnedLspList();
-    int getFirstLearnedLsp();
-    int getNextLearnedLsp();
 
     void FromRecord(const hal::EISISRouter& r);
     int intoRecordRest(hal::EISISRouter& r);
@@ -59,8 +56,6 @@ public:
 private:
     void forgetLearned();
 
-    Ref<TCLIsisLearnedLsp> learnedLsp_;
-    LearnedList<hal::EISISLearnedLSP> learned_;
 };
 
 class TCLIsisServer : public RouterServer<hal::EISISServer, TCLIsisRouter, &hal::EISISServer::routers, Protocol::Isis> {

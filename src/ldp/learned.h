@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "hal/ldp.h"
 
 namespace zk {

@@ -1,6 +1,7 @@
 #include "ldp/router.h"
 
 #include "binding/collection_methods.h"
+#include "binding/learned_methods.h"
 #include "ldp/common.h"
 
 namespace zk {
@@ -13,7 +14,7 @@ TCLLdpRouter::TCLLdpRouter(TCLLdpInterface* pLdpInterface, TCLLdpTargetedPeer* p
       advertiseFecRanges(this, pLdpAdvertiseFecRange),
       requestFecRanges(this, pLdpRequestFecRange),
       l2VpnInterfaces(this, pLdpL2VpnInterface),
-      learnedLabel_(pLdpLearnedLabel) {
+      learnedLabels(pLdpLearnedLabel) {
     setDefault();
 }
 
@@ -38,7 +39,7 @@ void TCLLdpRouter::setDefault() {
 }
 
 void TCLLdpRouter::forgetLearned() {
-    learned_.forget();
+    learnedLabels.forget();
     numberOfLearnedLabels = 0;
 }
 
@@ -46,38 +47,6 @@ void TCLLdpRouter::forgetLearned() {
 void TCLLdpRouter::FromRecord(const hal::ELdpRouter& r) {
     if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
-}
-
-// ---- learned labels ----
-
-int TCLLdpRouter::requestLearnedLabels() {
-    if (int r = mayRequestLearned("TCLLdpRouter::requestLearnedLabels()", work().id.IsValid(),
-                                  "The router has not been loaded from the server.", kLdpLabelsKind))
-        return r;
-    learned_.reply().send(*currentPort(), kLdpLabelsKind, work().routerId.ToString(), token());
-    return kOk;
-}
-
-int TCLLdpRouter::getLearnedLabelList() {
-    if (!learned_.take()) {
-        setLastError("TCLLdpRouter::getLearnedLabelList()   No learned labels have arrived yet.");
-        return kFail;
-    }
-    numberOfLearnedLabels = int(learned_.size());
-    return kOk;
-}
-
-int TCLLdpRouter::getFirstLearnedLabel() {
-    learned_.rewind();
-    return getNextLearnedLabel();
-}
-
-int TCLLdpRouter::getNextLearnedLabel() {
-    if (!learned_.next(learnedLabel_.get())) {
-        setLastError("TCLLdpRouter::getNextLearnedLabel()   No more learned labels.");
-        return kFail;
-    }
-    return kOk;
 }
 
 static binding::Describe<TCLLdpRouter> describeLdpRouter("TCLLdpRouter", [](auto& c) {
@@ -108,10 +77,17 @@ static binding::Describe<TCLLdpRouter> describeLdpRouter("TCLLdpRouter", [](auto
     describeCollection<&T::advertiseFecRanges>(c, "AdvertiseFecRange", "fecRangeId", "clearAllAdvertiseFecRanges");
     describeCollection<&T::requestFecRanges>(c, "RequestFecRange", "fecRangeId", "clearAllRequestFecRanges");
     describeCollection<&T::l2VpnInterfaces>(c, "L2VpnInterface", "l2VpnInterfaceId", "clearAllL2VpnInterfaces");
-    c.method("requestLearnedLabels", &T::requestLearnedLabels);
-    c.method("getLearnedLabelList", &T::getLearnedLabelList);
-    c.method("getFirstLearnedLabel", &T::getFirstLearnedLabel);
-    c.method("getNextLearnedLabel", &T::getNextLearnedLabel);
+    describeLearned<&T::learnedLabels, &T::numberOfLearnedLabels>(
+        c, {.kind = kLdpLabelsKind,
+            .notLoaded = "The router has not been loaded from the server.",
+            .key = [](const T& t) { return t.work().routerId.ToString(); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedLabels",
+            .list = "getLearnedLabelList",
+            .first = "getFirstLearnedLabel",
+            .next = "getNextLearnedLabel",
+            .noneYet = "No learned labels have arrived yet.",
+            .noMore = "No more learned labels."});
 });
 
 static binding::Describe<TCLLdpServer> describeLdpServer("TCLLdpServer", [](auto& c) {

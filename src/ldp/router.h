@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "binding/staged.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "core/server.h"
 #include "hal/ldp.h"
 #include "ldp/interface.h"
@@ -42,22 +42,17 @@ public:
     ChildList<TCLLdpRequestFecRange, &hal::ELdpRouter::requestFecRanges> requestFecRanges;
     ChildList<TCLLdpL2VpnInterface, &hal::ELdpRouter::l2VpnInterfaces> l2VpnInterfaces;
 
+
+    // The labels the router learned (its description declares the methods).
+    LearnedWalk<hal::ELdpLearnedLabel, TCLLdpLearnedLabel> learnedLabels;
+
     void setDefault();
-    // Learned labels: 0 sent; 100 no port or a router not loaded from the
-    // server; 1 the port cannot be asked. The list: 0 in, 1 not yet.
-    int requestLearnedLabels();
-    int getLearnedLabelList();
-    int getFirstLearnedLabel();
-    int getNextLearnedLabel();
 
     void FromRecord(const hal::ELdpRouter& r);
     int intoRecordRest(hal::ELdpRouter& r);
 
 private:
     void forgetLearned();
-
-    Ref<TCLLdpLearnedLabel> learnedLabel_;
-    LearnedList<hal::ELdpLearnedLabel> learned_;
 };
 
 class TCLLdpServer : public RouterServer<hal::ELdpServer, TCLLdpRouter, &hal::ELdpServer::routers, Protocol::Ldp> {

@@ -1,5 +1,5 @@
 // What the multicast classes share: address arithmetic for ranges of
-// groups, sources and hosts, and the walk over learned information.
+// groups, sources and hosts.
 #pragma once
 
 #include <tcl.h>
@@ -11,7 +11,7 @@
 #include "core/equipment.h"
 #include "core/checks.h"
 #include "core/learn_input.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "core/object.h"
 #include "hal/basic.h"
 
@@ -35,31 +35,5 @@ inline const char* groupSpace(bool v6) { return v6 ? "ff00::/8" : "224.0.0.0/4";
 // for text that is no address, a sentence naming the multicast space for
 // an address outside it.
 void checkGroupAddress(Checks& k, const std::string& cls, const char* option, const std::string& text, bool v6);
-
-// A request for learned items, its answer and the walk over it with a
-// read-only staging object.
-template <class Item, class Staging>
-class LearnedWalk {
-public:
-    explicit LearnedWalk(Staging* staging) : staging_(staging) {}
-
-    void send(Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
-        list_.forget();
-        list_.reply().send(port, kind, key, std::move(owner));
-    }
-    // True once the answer is in; the walk then starts over.
-    bool fetch() { return list_.take(); }
-    int count() const { return int(list_.size()); }
-    bool first() {
-        list_.rewind();
-        return next();
-    }
-    bool next() { return list_.next(staging_.get()); }
-    void forget() { list_.forget(); }
-
-private:
-    Ref<Staging> staging_;
-    LearnedList<Item> list_;
-};
 
 }  // namespace zk::mcast

@@ -4,6 +4,7 @@
 
 #include "binding/collection_methods.h"
 #include "binding/learned.h"
+#include "binding/learned_methods.h"
 
 namespace zk {
 namespace mcast {
@@ -15,7 +16,7 @@ constexpr Protocol groupProtocol() {
 
 template <class F>
 GroupServer<F>::GroupServer(Host<F>* pHost, LearnedGroup<F>* pLearnedGroup)
-    : Server<hal::EGroupServer<F>>(groupProtocol<F>()), hosts(this, pHost), learned_(pLearnedGroup) {
+    : Server<hal::EGroupServer<F>>(groupProtocol<F>()), hosts(this, pHost), learnedGroups(pLearnedGroup) {
     setDefault();
 }
 
@@ -23,7 +24,7 @@ template <class F>
 void GroupServer<F>::setDefault() {
     binding::loadOptions(*this, hal::EGroupServer<F>{});
     hosts.resetCursor();
-    learned_.forget();
+    learnedGroups.forget();
     numberOfLearnedGroups = 0;
 }
 
@@ -48,38 +49,6 @@ int GroupServer<F>::get() {
 template <class F>
 const char* serverName() {
     return F::v6 ? "TCLMldServer" : "TCLIgmpServer";
-}
-
-template <class F>
-int GroupServer<F>::requestLearnedGroups() {
-    std::string where = std::string(serverName<F>()) + "::requestLearnedGroups()";
-    const char* kind = F::v6 ? kMldGroupsKind : kIgmpGroupsKind;
-    if (int r = mayRequestLearned(where.c_str(), true, "", kind)) return r;
-    learned_.send(*currentPort(), kind, "", this->token());
-    numberOfLearnedGroups = 0;
-    return kOk;
-}
-
-template <class F>
-int GroupServer<F>::getLearnedGroupList() {
-    if (!learned_.fetch()) {
-        setLastErrorf("%s::getLearnedGroupList()   No learned groups have arrived yet.", serverName<F>());
-        return kFail;
-    }
-    numberOfLearnedGroups = learned_.count();
-    return kOk;
-}
-
-template <class F>
-int GroupServer<F>::getFirstLearnedGroup() {
-    return learned_.first() ? kOk : getNextLearnedGroup();
-}
-
-template <class F>
-int GroupServer<F>::getNextLearnedGroup() {
-    if (learned_.next()) return kOk;
-    setLastErrorf("%s::getNextLearnedGroup()   No more learned groups.", serverName<F>());
-    return kFail;
 }
 
 template class GroupServer<hal::IgmpFamily>;
@@ -244,10 +213,15 @@ void describeServer(binding::ClassDesc<GroupServer<F>>& c) {
     describeCollection<&T::hosts>(c, "Host", "hostId", "clearAllHosts");
     c.method("write", &T::write);
     c.method("generateStreams", &T::generateStreams, "chasID", "cardID", "portID", binding::optional("action"));
-    c.method("requestLearnedGroups", &T::requestLearnedGroups);
-    c.method("getLearnedGroupList", &T::getLearnedGroupList);
-    c.method("getFirstLearnedGroup", &T::getFirstLearnedGroup);
-    c.method("getNextLearnedGroup", &T::getNextLearnedGroup);
+    describeLearned<&T::learnedGroups, &T::numberOfLearnedGroups>(
+        c, {.kind = F::v6 ? kMldGroupsKind : kIgmpGroupsKind,
+            .key = [](const T&) { return std::string(); },
+            .request = "requestLearnedGroups",
+            .list = "getLearnedGroupList",
+            .first = "getFirstLearnedGroup",
+            .next = "getNextLearnedGroup",
+            .noneYet = "No learned groups have arrived yet.",
+            .noMore = "No more learned groups."});
 }
 
 // ---- zkchassis::learn igmpGroups / mldGroups C D P groupList ----

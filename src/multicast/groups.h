@@ -91,15 +91,9 @@ public:
     void setDefault();
     int set();
     int get();
-    // The groups the querier of the port's link keeps: 0 asked; 100 no
-    // port; 1 the port cannot be asked. The list: 0 in, 1 not yet.
-    int requestLearnedGroups();
-    int getLearnedGroupList();
-    int getFirstLearnedGroup();
-    int getNextLearnedGroup();
-
-private:
-    LearnedWalk<hal::EMulticastLearnedGroup, LearnedGroup<F>> learned_;
+    // The groups the querier of the port's link keeps (the description
+    // declares the methods).
+    LearnedWalk<hal::EMulticastLearnedGroup, LearnedGroup<F>> learnedGroups;
 };
 
 }  // namespace mcast

@@ -4,6 +4,7 @@
 
 #include "binding/collection_methods.h"
 #include "binding/learned.h"
+#include "binding/learned_methods.h"
 
 namespace zk {
 
@@ -153,8 +154,8 @@ TCLPimsmRouter::TCLPimsmRouter(TCLPimsmInterface* pPimsmInterface, TCLPimsmCandi
                                TCLPimsmLearnedNeighbor* pPimsmLearnedNeighbor, TCLPimsmLearnedRp* pPimsmLearnedRp)
     : interfaces(this, pPimsmInterface),
       candidateRpRanges(this, pPimsmCandidateRpRange),
-      neighbors_(pPimsmLearnedNeighbor),
-      rps_(pPimsmLearnedRp) {
+      learnedNeighbors(pPimsmLearnedNeighbor),
+      learnedRps(pPimsmLearnedRp) {
     setDefault();
 }
 
@@ -164,8 +165,8 @@ void TCLPimsmRouter::setDefault() {
 }
 
 void TCLPimsmRouter::forgetLearned() {
-    neighbors_.forget();
-    rps_.forget();
+    learnedNeighbors.forget();
+    learnedRps.forget();
     numberOfLearnedNeighbors = 0;
     numberOfLearnedRps = 0;
 }
@@ -174,55 +175,6 @@ void TCLPimsmRouter::forgetLearned() {
 void TCLPimsmRouter::FromRecord(const hal::EPimsmRouter& r) {
     if (r.id != work().id) forgetLearned();
     Staged::FromRecord(r);
-}
-
-int TCLPimsmRouter::request(const char* method, const char* kind) {
-    std::string where = std::string("TCLPimsmRouter::") + method + "()";
-    if (int r = mayRequestLearned(where.c_str(), work().id.IsValid(),
-                                  "The router has not been loaded from the server.", kind))
-        return r;
-    if (kind == kPimsmNeighborsKind) {
-        neighbors_.send(*currentPort(), kind, work().routerId.ToString(), token());
-        numberOfLearnedNeighbors = 0;
-    } else {
-        rps_.send(*currentPort(), kind, work().routerId.ToString(), token());
-        numberOfLearnedRps = 0;
-    }
-    return kOk;
-}
-
-int TCLPimsmRouter::requestLearnedNeighbors() { return request("requestLearnedNeighbors", kPimsmNeighborsKind); }
-int TCLPimsmRouter::requestLearnedRps() { return request("requestLearnedRps", kPimsmRpSetKind); }
-
-int TCLPimsmRouter::getLearnedNeighborList() {
-    if (!neighbors_.fetch()) {
-        setLastError("TCLPimsmRouter::getLearnedNeighborList()   No learned neighbors have arrived yet.");
-        return kFail;
-    }
-    numberOfLearnedNeighbors = neighbors_.count();
-    return kOk;
-}
-
-int TCLPimsmRouter::getLearnedRpList() {
-    if (!rps_.fetch()) {
-        setLastError("TCLPimsmRouter::getLearnedRpList()   No learned RP set has arrived yet.");
-        return kFail;
-    }
-    numberOfLearnedRps = rps_.count();
-    return kOk;
-}
-
-int TCLPimsmRouter::getFirstLearnedNeighbor() { return neighbors_.first() ? kOk : getNextLearnedNeighbor(); }
-int TCLPimsmRouter::getNextLearnedNeighbor() {
-    if (neighbors_.next()) return kOk;
-    setLastError("TCLPimsmRouter::getNextLearnedNeighbor()   No more learned neighbors.");
-    return kFail;
-}
-int TCLPimsmRouter::getFirstLearnedRp() { return rps_.first() ? kOk : getNextLearnedRp(); }
-int TCLPimsmRouter::getNextLearnedRp() {
-    if (rps_.next()) return kOk;
-    setLastError("TCLPimsmRouter::getNextLearnedRp()   No more learned RPs.");
-    return kFail;
 }
 
 static binding::Describe<TCLPimsmRouter> describePimsmRouter("TCLPimsmRouter", [](auto& c) {
@@ -263,14 +215,28 @@ static binding::Describe<TCLPimsmRouter> describePimsmRouter("TCLPimsmRouter", [
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::interfaces>(c, "Interface", "interfaceId", "clearAllInterfaces");
     describeCollection<&T::candidateRpRanges>(c, "CandidateRpRange", "candidateRpRangeId", "clearAllCandidateRpRanges");
-    c.method("requestLearnedNeighbors", &T::requestLearnedNeighbors);
-    c.method("getLearnedNeighborList", &T::getLearnedNeighborList);
-    c.method("getFirstLearnedNeighbor", &T::getFirstLearnedNeighbor);
-    c.method("getNextLearnedNeighbor", &T::getNextLearnedNeighbor);
-    c.method("requestLearnedRps", &T::requestLearnedRps);
-    c.method("getLearnedRpList", &T::getLearnedRpList);
-    c.method("getFirstLearnedRp", &T::getFirstLearnedRp);
-    c.method("getNextLearnedRp", &T::getNextLearnedRp);
+    describeLearned<&T::learnedNeighbors, &T::numberOfLearnedNeighbors>(
+        c, {.kind = kPimsmNeighborsKind,
+            .notLoaded = "The router has not been loaded from the server.",
+            .key = [](const T& t) { return t.work().routerId.ToString(); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedNeighbors",
+            .list = "getLearnedNeighborList",
+            .first = "getFirstLearnedNeighbor",
+            .next = "getNextLearnedNeighbor",
+            .noneYet = "No learned neighbors have arrived yet.",
+            .noMore = "No more learned neighbors."});
+    describeLearned<&T::learnedRps, &T::numberOfLearnedRps>(
+        c, {.kind = kPimsmRpSetKind,
+            .notLoaded = "The router has not been loaded from the server.",
+            .key = [](const T& t) { return t.work().routerId.ToString(); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedRps",
+            .list = "getLearnedRpList",
+            .first = "getFirstLearnedRp",
+            .next = "getNextLearnedRp",
+            .noneYet = "No learned RP set has arrived yet.",
+            .noMore = "No more learned RPs."});
 });
 
 static binding::Describe<TCLPimsmServer> describePimsmServer("TCLPimsmServer", [](auto& c) {

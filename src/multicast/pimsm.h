@@ -122,26 +122,16 @@ public:
     ChildList<TCLPimsmInterface, &hal::EPimsmRouter::interfaces> interfaces;
     ChildList<TCLPimsmCandidateRpRange, &hal::EPimsmRouter::candidateRpRanges> candidateRpRanges;
 
+    // The neighbours and the RP set the router learned (the description
+    // declares the methods).
+    LearnedWalk<hal::EPimsmLearnedNeighbor, TCLPimsmLearnedNeighbor> learnedNeighbors;
+    LearnedWalk<hal::EPimsmLearnedRp, TCLPimsmLearnedRp> learnedRps;
+
     void setDefault();
     void FromRecord(const hal::EPimsmRouter& r);
-    // Learned neighbours and RP set: 0 asked; 100 no port or a router not
-    // loaded from the server; 1 the port cannot be asked. The lists: 0 in,
-    // 1 not yet.
-    int requestLearnedNeighbors();
-    int getLearnedNeighborList();
-    int getFirstLearnedNeighbor();
-    int getNextLearnedNeighbor();
-    int requestLearnedRps();
-    int getLearnedRpList();
-    int getFirstLearnedRp();
-    int getNextLearnedRp();
 
 private:
     void forgetLearned();
-    int request(const char* method, const char* kind);
-
-    mcast::LearnedWalk<hal::EPimsmLearnedNeighbor, TCLPimsmLearnedNeighbor> neighbors_;
-    mcast::LearnedWalk<hal::EPimsmLearnedRp, TCLPimsmLearnedRp> rps_;
 };
 
 class TCLPimsmServer : public Server<hal::EPimsmServer> {

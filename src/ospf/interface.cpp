@@ -3,6 +3,7 @@
 #include <tcl.h>
 
 #include "binding/describe.h"
+#include "binding/learned_methods.h"
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
@@ -18,14 +19,14 @@ static std::string learnedLsaKey(const std::string& ipText) {
 }
 
 TCLOspfInterface::TCLOspfInterface(TCLOspfUserLsa* pOspfUserLsa, TCLOspfNetworkRange* pOspfNetworkRange)
-    : userLsa_(pOspfUserLsa), networkRange_(pOspfNetworkRange) {
+    : learnedLsas(pOspfUserLsa), networkRange_(pOspfNetworkRange) {
     setDefault();
 }
 
 void TCLOspfInterface::setDefault() {
     Staged::setDefault();
     numberOfLearnedLsas = 0;
-    learned_.drop();
+    learnedLsas.drop();
 }
 
 int TCLOspfInterface::intoRecordRest(hal::EOSPFInterface& r) {
@@ -56,19 +57,13 @@ void TCLOspfInterface::setPortFeatures(hal::EOSPFInterface& r) const {
 }
 
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
-    learned_.loaded(r.id == work().id, numberOfLearnedLsas);
+    if (r.id != work().id) {  // another interface's record: what was learned was not its own
+        learnedLsas.forget();
+        numberOfLearnedLsas = 0;
+    }
     Staged::FromRecord(r);
     loadAttachedGrid(networkRange_.get(), work().ranges);
 }
-
-// ---- learned LSAs ----
-
-int TCLOspfInterface::requestLearnedLsa() {
-    return learned_.request(work().id.IsValid(), kOspfLsasKind, learnedLsaKey(ipAddress), token());
-}
-int TCLOspfInterface::getLearnedLsaList() { return learned_.takeList(numberOfLearnedLsas); }
-int TCLOspfInterface::getFirstLearnedLsa() { return learned_.first(userLsa_.get()); }  // GetLearnedLsa
-int TCLOspfInterface::getNextLearnedLsa() { return learned_.next(userLsa_.get()); }
 
 // Checks in the order the equipment has always run them; the
 // authentication check ends validation at once on an overlong key.
@@ -170,10 +165,17 @@ static binding::Describe<TCLOspfInterface> describeOspfInterface("TCLOspfInterfa
                   "linkType", "neighborRouterId", "mtuSize", "enableValidateMtu", "enableAdvertiseNetworkRange",
                   "authenticationMethod"});
     c.method("setDefault", &T::setDefault);
-    c.method("requestLearnedLsa", &T::requestLearnedLsa);
-    c.method("getLearnedLsaList", &T::getLearnedLsaList);
-    c.method("getFirstLearnedLsa", &T::getFirstLearnedLsa);
-    c.method("getNextLearnedLsa", &T::getNextLearnedLsa);
+    describeLearned<&T::learnedLsas, &T::numberOfLearnedLsas>(
+        c, {.kind = kOspfLsasKind,
+            .notLoaded = "The interface has not been loaded from a router.",
+            .key = [](const T& t) { return learnedLsaKey(t.ipAddress); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedLsa",
+            .list = "getLearnedLsaList",
+            .first = "getFirstLearnedLsa",
+            .next = "getNextLearnedLsa",
+            .noneYet = "No learned LSAs have arrived yet.",
+            .noMore = "No more learned LSAs."});
 });
 
 }  // namespace zk

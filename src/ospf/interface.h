@@ -9,7 +9,7 @@
 
 #include "binding/staged.h"
 #include "core/equipment.h"
-#include "core/learned_lsas.h"
+#include "core/learned.h"
 #include "hal/ospf.h"
 #include "ospf/ranges.h"
 #include "ospf/user_lsa.h"
@@ -52,22 +52,19 @@ public:
     int numberOfLearnedLsas;
 
     void setDefault();
-    int requestLearnedLsa();
-    int getLearnedLsaList();
-    int getFirstLearnedLsa();
-    int getNextLearnedLsa();
 
     void FromRecord(const hal::EOSPFInterface& r);
     int intoRecordRest(hal::EOSPFInterface& r);
     void fromRecordRest(const hal::EOSPFInterface& r) { loadBandwidths(r.te); }
 
+    // The LSAs the interface learned (its description declares the methods).
+    LearnedWalk<hal::EOSPFUserLSA, TCLOspfUserLsa> learnedLsas;
+
 private:
     void setPortFeatures(hal::EOSPFInterface& r) const;
 
-    Ref<TCLOspfUserLsa> userLsa_;
     Ref<TCLOspfNetworkRange> networkRange_;
 
-    LearnedLsas<hal::EOSPFUserLSA> learned_{"TCLOspfInterface"};
 };
 
 }  // namespace zk

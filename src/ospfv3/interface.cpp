@@ -1,6 +1,7 @@
 #include "ospfv3/interface.h"
 
 #include "binding/describe.h"
+#include "binding/learned_methods.h"
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/port.h"
@@ -17,14 +18,14 @@ std::string ospfV3LearnedKey(const std::string& text) {
 
 TCLOspfV3Interface::TCLOspfV3Interface(TCLOspfV3LearnedLsa* pOspfV3LearnedLsa,
                                        TCLOspfV3NetworkRange* pOspfV3NetworkRange)
-    : learnedLsa_(pOspfV3LearnedLsa), networkRange_(pOspfV3NetworkRange) {
+    : learnedLsas(pOspfV3LearnedLsa), networkRange_(pOspfV3NetworkRange) {
     setDefault();
 }
 
 void TCLOspfV3Interface::setDefault() {
     Staged::setDefault();
     numberOfLearnedLsas = 0;
-    learned_.drop();
+    learnedLsas.drop();
 }
 
 int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
@@ -34,17 +35,13 @@ int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
 }
 
 void TCLOspfV3Interface::FromRecord(const hal::EOSPFv3Interface& r) {
-    learned_.loaded(r.id == work().id, numberOfLearnedLsas);
+    if (r.id != work().id) {  // another interface's record: what was learned was not its own
+        learnedLsas.forget();
+        numberOfLearnedLsas = 0;
+    }
     Staged::FromRecord(r);
     loadAttachedGrid(networkRange_.get(), work().ranges);
 }
-
-int TCLOspfV3Interface::requestLearnedLsa() {
-    return learned_.request(work().id.IsValid(), kOspfV3LsasKind, ospfV3LearnedKey(ipAddress), token());
-}
-int TCLOspfV3Interface::getLearnedLsaList() { return learned_.takeList(numberOfLearnedLsas); }
-int TCLOspfV3Interface::getFirstLearnedLsa() { return learned_.first(learnedLsa_.get()); }
-int TCLOspfV3Interface::getNextLearnedLsa() { return learned_.next(learnedLsa_.get()); }
 
 // The MTU must lie within the port's range, so it needs a port.
 static void checkMtu(const TCLOspfV3Interface& t, Checks& c) {
@@ -75,10 +72,17 @@ static binding::Describe<TCLOspfV3Interface> describeOspfV3Interface("TCLOspfV3I
     c.option("protocolInterfaceDescription", &T::protocolInterfaceDescription).maps(&R::interfaceDescription);
     c.readOnly("numberOfLearnedLsas", &T::numberOfLearnedLsas);
     c.method("setDefault", &T::setDefault);
-    c.method("requestLearnedLsa", &T::requestLearnedLsa);
-    c.method("getLearnedLsaList", &T::getLearnedLsaList);
-    c.method("getFirstLearnedLsa", &T::getFirstLearnedLsa);
-    c.method("getNextLearnedLsa", &T::getNextLearnedLsa);
+    describeLearned<&T::learnedLsas, &T::numberOfLearnedLsas>(
+        c, {.kind = kOspfV3LsasKind,
+            .notLoaded = "The interface has not been loaded from a router.",
+            .key = [](const T& t) { return ospfV3LearnedKey(t.ipAddress); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedLsa",
+            .list = "getLearnedLsaList",
+            .first = "getFirstLearnedLsa",
+            .next = "getNextLearnedLsa",
+            .noneYet = "No learned LSAs have arrived yet.",
+            .noMore = "No more learned LSAs."});
 });
 
 }  // namespace zk

@@ -10,7 +10,7 @@
 
 #include "binding/staged.h"
 #include "core/equipment.h"
-#include "core/learned_lsas.h"
+#include "core/learned.h"
 #include "hal/ospfv3.h"
 #include "ospfv3/ranges.h"
 
@@ -56,19 +56,16 @@ public:
     int numberOfLearnedLsas;
 
     void setDefault();
-    int requestLearnedLsa();
-    int getLearnedLsaList();
-    int getFirstLearnedLsa();
-    int getNextLearnedLsa();
 
     void FromRecord(const hal::EOSPFv3Interface& r);
     int intoRecordRest(hal::EOSPFv3Interface& r);
 
+    // The LSAs the interface learned (its description declares the methods).
+    LearnedWalk<hal::EOSPFv3LearnedLSA, TCLOspfV3LearnedLsa> learnedLsas;
+
 private:
-    Ref<TCLOspfV3LearnedLsa> learnedLsa_;
     Ref<TCLOspfV3NetworkRange> networkRange_;
 
-    LearnedLsas<hal::EOSPFv3LearnedLSA> learned_{"TCLOspfV3Interface"};
 };
 
 }  // namespace zk

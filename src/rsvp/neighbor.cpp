@@ -58,22 +58,10 @@ void TCLRsvpNeighborPair::fromRecordRest(const hal::ERSVPConfigNeighborPair& r) 
 // ---- learned labels ----
 
 int TCLRsvpNeighborPair::requestRxLabels() {
-    Port* port = currentPort();
-    if (!port) {
-        setLastError("TCLRsvpNeighborPair::requestRxLabels()   You have not selected the port.");
-        return kNoPort;
-    }
-    if (!work().id.IsValid()) {
-        setLastError("TCLRsvpNeighborPair::requestRxLabels()   The neighbor pair has not been loaded from the server.");
-        return kNoPort;
-    }
-    if (!port->available || port->writeFails) {
-        setLastErrorf("TCLRsvpNeighborPair::requestRxLabels()   The request could not be sent to port %s.",
-                      portName(*port));
-        return kFail;
-    }
-    if (int r = portAnswers("TCLRsvpNeighborPair::requestRxLabels()", *port, kRsvpLabelsKind)) return r;
-    labelsReply_.send(*port, kRsvpLabelsKind, learnedLabelsKey(work().ourIp, work().dutIp), token());
+    if (int r = mayRequestLearned("TCLRsvpNeighborPair::requestRxLabels()", work().id.IsValid(),
+                                  "The neighbor pair has not been loaded from the server.", kRsvpLabelsKind))
+        return r;
+    labelsReply_.send(*currentPort(), kRsvpLabelsKind, learnedLabelsKey(work().ourIp, work().dutIp), token());
     requestedFor_ = work().id;
     positions_.clear();
     labelCursor_ = 0;

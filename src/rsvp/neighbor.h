@@ -11,7 +11,7 @@
 
 #include "binding/staged.h"
 #include "core/equipment.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "core/server.h"
 #include "hal/rsvp.h"
 #include "rsvp/ranges.h"

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "binding/collection_methods.h"
+#include "binding/learned_methods.h"
 #include "stp/forms.h"
 
 namespace zk {
@@ -11,8 +12,8 @@ TCLStpBridge::TCLStpBridge(TCLStpInterface* pStpInterface, TCLStpLan* pStpLan, T
                            TCLStpLearnedInterface* pStpLearnedInterface)
     : interfaces(this, pStpInterface),
       lans(this, pStpLan),
-      learnedBridge_(pStpLearnedBridge),
-      learnedInterface_(pStpLearnedInterface) {
+      learnedInterfaces(pStpLearnedInterface),
+      learnedBridge_(pStpLearnedBridge) {
     setDefault();
 }
 
@@ -23,7 +24,7 @@ void TCLStpBridge::setDefault() {
 
 void TCLStpBridge::forgetLearned() {
     bridgeReply_.forget();
-    interfacesLearned_.forget();
+    learnedInterfaces.forget();
     numberOfLearnedInterfaces = 0;
 }
 
@@ -56,36 +57,6 @@ int TCLStpBridge::getLearnedBridge() {
     }
     auto reply = bridgeReply_.data();
     staging->FromRecord(reply ? reply->bridge : hal::EStpLearnedBridge{});
-    return kOk;
-}
-
-int TCLStpBridge::requestLearnedInterfaces() {
-    if (int r = mayRequestLearned("TCLStpBridge::requestLearnedInterfaces()", work().id.IsValid(),
-                                  "The bridge has not been loaded from the server.", stp::kInterfacesKind))
-        return r;
-    interfacesLearned_.reply().send(*currentPort(), stp::kInterfacesKind, macText(work().mac), token());
-    return kOk;
-}
-
-int TCLStpBridge::getLearnedInterfaceList() {
-    if (!interfacesLearned_.take()) {
-        setLastError("TCLStpBridge::getLearnedInterfaceList()   No learned interfaces have arrived yet.");
-        return kFail;
-    }
-    numberOfLearnedInterfaces = int(interfacesLearned_.size());
-    return kOk;
-}
-
-int TCLStpBridge::getFirstLearnedInterface() {
-    interfacesLearned_.rewind();
-    return getNextLearnedInterface();
-}
-
-int TCLStpBridge::getNextLearnedInterface() {
-    if (!interfacesLearned_.next(learnedInterface_.get())) {
-        setLastError("TCLStpBridge::getNextLearnedInterface()   No more learned interfaces.");
-        return kFail;
-    }
     return kOk;
 }
 
@@ -180,10 +151,17 @@ static binding::Describe<TCLStpBridge> describeStpBridge("TCLStpBridge", [](auto
     describeCollection<&T::lans>(c, "Lan", "lanLocalId", "clearAllLans");
     c.method("requestLearnedBridge", &T::requestLearnedBridge);
     c.method("getLearnedBridge", &T::getLearnedBridge);
-    c.method("requestLearnedInterfaces", &T::requestLearnedInterfaces);
-    c.method("getLearnedInterfaceList", &T::getLearnedInterfaceList);
-    c.method("getFirstLearnedInterface", &T::getFirstLearnedInterface);
-    c.method("getNextLearnedInterface", &T::getNextLearnedInterface);
+    describeLearned<&T::learnedInterfaces, &T::numberOfLearnedInterfaces>(
+        c, {.kind = stp::kInterfacesKind,
+            .notLoaded = "The bridge has not been loaded from the server.",
+            .key = [](const T& t) { return macText(t.work().mac); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedInterfaces",
+            .list = "getLearnedInterfaceList",
+            .first = "getFirstLearnedInterface",
+            .next = "getNextLearnedInterface",
+            .noneYet = "No learned interfaces have arrived yet.",
+            .noMore = "No more learned interfaces."});
 });
 
 static binding::Describe<TCLStpServer> describeStpServer("TCLStpServer", [](auto& c) {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/learned_reply.h"
+#include "core/learned.h"
 #include "core/server.h"
 #include "hal/stp.h"
 #include "stp/interface.h"
@@ -36,16 +36,15 @@ public:
     ChildList<TCLStpInterface, &hal::EStpBridge::interfaces> interfaces;
     ChildList<TCLStpLan, &hal::EStpBridge::lans> lans;
 
+    // The interfaces the bridge learned (its description declares the methods).
+    LearnedWalk<hal::EStpLearnedInterface, TCLStpLearnedInterface> learnedInterfaces;
+
     void setDefault();
     // Learned information of a bridge loaded from the server, keyed by its
     // MAC address. Requests: 0 sent; 100 no port or a bridge not loaded
     // from the server; 1 the port cannot be asked. Polls: 0 in, 1 not yet.
     int requestLearnedBridge();
     int getLearnedBridge();
-    int requestLearnedInterfaces();
-    int getLearnedInterfaceList();
-    int getFirstLearnedInterface();
-    int getNextLearnedInterface();
 
     void FromRecord(const hal::EStpBridge& r);
 
@@ -53,9 +52,7 @@ private:
     void forgetLearned();
 
     Ref<TCLStpLearnedBridge> learnedBridge_;
-    Ref<TCLStpLearnedInterface> learnedInterface_;
     LearnedReply<LearnedStpBridge> bridgeReply_;
-    LearnedList<hal::EStpLearnedInterface> interfacesLearned_;
 };
 
 class TCLStpServer : public Server<hal::EStpServer> {

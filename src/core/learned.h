@@ -1,14 +1,22 @@
-// One outstanding request for learned information and its answer: a newer
-// request or forget() makes an answer still due for an older one void.
+// Learned information, as every class that asks a port for it uses it:
+// the checks before a request goes out, one outstanding request and its
+// answer (a newer request or forget() makes an answer still due for an
+// older one void), and a learned list walked into a read-only staging
+// object. A class declares its learned-list methods with one line of its
+// description (binding/learned_methods.h); only single answers that fill
+// the object's own options (statistics, a bridge, a label table) use
+// LearnedReply directly.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "core/equipment.h"
 #include "core/host.h"
+#include "core/object.h"
 #include "core/port.h"
 
 namespace zk {
@@ -73,27 +81,42 @@ struct LearnedItems : LearnedData {
     std::vector<Item> items;
 };
 
-// A learned list: the reply that brings it, and a walk through its items
-// into a read-only staging object.
-template <class Item>
-class LearnedList {
+// A learned list: the reply that brings it, the list taken from it, and a
+// walk through its items into the read-only staging object.
+template <class Item, class Staging>
+class LearnedWalk {
     using Data = LearnedItems<Item>;
 
 public:
-    LearnedReply<Data>& reply() { return reply_; }
+    using ItemType = Item;
+    explicit LearnedWalk(Staging* staging) : staging_(staging) {}
+
+    void send(Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
+        reply_.send(port, kind, key, std::move(owner));
+    }
     // Takes the answer once it is in (false: not yet); a port that learned
-    // nothing answers with an empty list.
-    bool take() {
+    // nothing answers with an empty list. `keep` (may be null) chooses the
+    // items kept, up to `limit` of them (0: all).
+    bool take(const std::function<bool(const Item&)>& keep = nullptr, size_t limit = 0) {
         if (!reply_.arrived()) return false;
-        data_ = reply_.data() ? reply_.data() : std::make_shared<const Data>();
+        auto answer = reply_.data() ? reply_.data() : std::make_shared<const Data>();
+        if (keep || limit) {
+            auto kept = std::make_shared<Data>();
+            for (const Item& item : answer->items) {
+                if (limit && kept->items.size() >= limit) break;
+                if (!keep || keep(item)) kept->items.push_back(item);
+            }
+            answer = std::move(kept);
+        }
+        data_ = std::move(answer);
         cursor_ = 0;
         return true;
     }
     size_t size() const { return data_ ? data_->items.size() : 0; }
     void rewind() { cursor_ = 0; }
-    // Fills `staging` with the next item; false after the last or without one.
-    template <class Staging>
-    bool next(Staging* staging) {
+    // Fills the staging object with the next item; false after the last or without one.
+    bool next() {
+        Staging* staging = staging_.get();
         if (!staging || cursor_ >= size()) return false;
         staging->FromRecord(data_->items[cursor_++]);
         return true;
@@ -109,6 +132,7 @@ public:
     }
 
 private:
+    Ref<Staging> staging_;
     LearnedReply<Data> reply_;
     std::shared_ptr<const Data> data_;
     size_t cursor_ = 0;

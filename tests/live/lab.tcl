@@ -7,7 +7,7 @@
 #     source [file join [file dirname [info script]] lab.tcl]
 #     set why [lab::available]
 #     testConstraint live [expr {$why eq ""}]
-#     if {$why ne ""} { puts "live tests skipped: $why" }
+#     if {$why ne ""} { puts "live tests skipped: $why" } else { lab::sweep }
 #     test bgp-1 {...} -constraints live -setup {
 #         set a [lab::ns create]; set b [lab::ns create]
 #         lassign [lab::veth $a $b -addr1 10.0.0.1/24 -addr2 10.0.0.2/24] ifA ifB
@@ -46,29 +46,32 @@ package require Tcl 8.6
 package require json
 
 namespace eval ::lab {
-    variable pid [pid]
-    variable counter 0        ;# names of namespaces and veth pairs
-    variable handles 0        ;# names of DUT handles
-    variable namespaces {}    ;# namespaces this lab made, in order
-    variable rundirs {}       ;# run directories this lab made
-    variable order {}         ;# DUT handles in start order
-    variable duts             ;# handle -> dict (kind ns dir procs ...)
-    array set duts {}
-    variable available        ;# cached answer of lab::available
-    variable cleaning 0
-    variable untilError ""    ;# last error raised by an until condition
-    # State files FRR writes into its fixed state directory whatever the
-    # other paths say; removed by cleanup only when they appeared in this run.
-    variable frrStateDir /var/run/frr
-    variable frrStateFiles {ospfd-gr.json ospf6d-gr.json ospf6d-at-seq-no.dat}
-    variable frrStatePresent {}  ;# those that existed before our first FRR
-    variable frrStarted 0
-    variable frrBin /usr/lib/frr
-    variable graceMs 3000     ;# TERM -> KILL
-    variable startMs 5000     ;# default wait for sockets of a daemon
-    variable cmdSeconds 10    ;# vtysh / birdc never wait longer than this
-
     namespace export available ns veth frr bird until cleanup sweep
+    # Sourcing the file again (two test files in one interpreter) keeps
+    # what the lab already made, so that one cleanup still finds it.
+    if {![info exists ::lab::pid]} {
+        variable pid [pid]
+        variable counter 0        ;# names of namespaces and veth pairs
+        variable handles 0        ;# names of DUT handles
+        variable namespaces {}    ;# namespaces this lab made, in order
+        variable rundirs {}       ;# run directories this lab made
+        variable order {}         ;# DUT handles in start order
+        variable duts             ;# handle -> dict (kind ns dir procs)
+        array set duts {}
+        variable available        ;# cached answer of lab::available
+        variable cleaning 0
+        variable untilError ""    ;# last error raised by an until condition
+        # State files FRR writes into its fixed state directory whatever the
+        # other paths say; removed by cleanup only when they appeared in this run.
+        variable frrStateDir /var/run/frr
+        variable frrStateFiles {ospfd-gr.json ospf6d-gr.json ospf6d-at-seq-no.dat}
+        variable frrStatePresent {}  ;# those that existed before our first FRR
+        variable frrStarted 0
+        variable frrBin /usr/lib/frr
+        variable graceMs 3000     ;# TERM -> KILL
+        variable startMs 5000     ;# default wait for sockets of a daemon
+        variable cmdSeconds 10    ;# vtysh / birdc never wait longer than this
+    }
 }
 
 # ---------------------------------------------------------------- helpers

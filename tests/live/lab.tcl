@@ -330,10 +330,12 @@ proc ::lab::waitSockets {what pid paths log timeout} {
         set missing [lmap p $paths { expr {[file exists $p] && [file type $p] eq "socket" ? [continue] : $p} }]
         if {![llength $missing]} { return }
         if {![alive $pid]} {
-            return -code error -errorcode {LAB DIED} "$what (pid $pid) ended before making [join $missing {, }]:\n[tail $log]"
+            set why "$what (pid $pid) ended before making [join $missing {, }]"
+            return -code error -errorcode {LAB DIED} "$why:\n[tail $log]"
         }
         if {[clock milliseconds] >= $end} {
-            return -code error -errorcode {LAB TIMEOUT} "$what (pid $pid): no [join $missing {, }] after $timeout ms:\n[tail $log]"
+            set why "$what (pid $pid): no [join $missing {, }] after $timeout ms"
+            return -code error -errorcode {LAB TIMEOUT} "$why:\n[tail $log]"
         }
         after 10
     }
@@ -532,7 +534,10 @@ proc ::lab::bird {sub args} {
             handle [lindex $args 0] bird
             return [stopHandle [lindex $args 0]]
         }
-        default { return -code error "unknown subcommand \"$sub\": must be start, cmd, protocols, state, count, route, pid, dir, log or stop" }
+        default {
+            return -code error \
+                "unknown subcommand \"$sub\": must be start, cmd, protocols, state, count, route, pid, dir, log or stop"
+        }
     }
 }
 
@@ -599,7 +604,9 @@ proc ::lab::parseRoutes {text} {
         if {[string trim $line] eq "" || [string match "Table *:" $line] || [string match "Network not found*" $line]} {
             continue
         }
-        if {[regexp {^(\S+)?\s+(\S+)\s+\[(\S+)\s+([^\]]*)\]\s*(\*?)\s*(?:[A-Z]\w*\s+)?\((\d+)(?:/[^)]*)?\)} $line -> p type proto since star pref]} {
+        # net type [proto since] ?*? ?OSPF type? (preference/metrics)
+        set head {^(\S+)?\s+(\S+)\s+\[(\S+)\s+([^\]]*)\]\s*(\*?)\s*(?:[A-Z]\w*\s+)?\((\d+)(?:/[^)]*)?\)}
+        if {[regexp $head $line -> p type proto since star pref]} {
             if {[dict size $cur]} { lappend paths $cur }
             if {$p ne ""} { set prefix $p }
             set cur [dict create prefix $prefix type $type proto $proto since $since \

@@ -398,6 +398,9 @@ proc ::lab::stopHandle {h} {
 # lab::frr pids H                 -> dict daemon -> PID
 # lab::frr dir H                  -> the run directory (sockets, logs, config)
 # lab::frr log H DAEMON           -> the daemon's log text
+# lab::frr restart H DAEMON ?-signal TERM|KILL? ?-timeout MS?
+#                                 -> ends one daemon (KILL: as if it crashed)
+#                                    and starts it again; its new PID
 # lab::frr stop H                 -> stops the instance and removes its files
 proc ::lab::frr {sub args} {
     switch -- $sub {
@@ -430,11 +433,19 @@ proc ::lab::frr {sub args} {
             lassign $args h daemon
             return [readfile [dict get [handle $h frr] dir]/$daemon.log]
         }
+        restart {
+            if {[llength $args] < 2} {
+                return -code error "wrong # args: should be \"lab::frr restart H DAEMON ?-signal SIG? ?-timeout MS?\""
+            }
+            return [FrrRestart {*}$args]
+        }
         stop {
             handle [lindex $args 0] frr
             return [stopHandle [lindex $args 0]]
         }
-        default { return -code error "unknown subcommand \"$sub\": must be start, vtysh, json, pids, dir, log or stop" }
+        default {
+            return -code error "unknown subcommand \"$sub\": must be start, vtysh, json, pids, dir, log, restart or stop"
+        }
     }
 }
 
@@ -464,25 +475,55 @@ proc ::lab::FrrStart {ns args} {
     file attributes $dir -permissions 0755
     writefile $dir/frr.conf [dict get $o -config]
     foreach f [list $dir $dir/frr.conf] { file attributes $f -owner frr -group frr }
-    variable duts
     foreach daemon $daemons {
         set extra [expr {$daemon eq "zebra" ? {} : [dict get $o -args]}]
         if {[dict exists $o -daemonargs $daemon]} { lappend extra {*}[dict get $o -daemonargs $daemon] }
-        set log $dir/$daemon.log
         set cmd [list $frrBin/$daemon -f $dir/frr.conf -i $dir/$daemon.pid --vty_socket $dir \
-                     --log file:$log -u frr -g frr -z $dir/zserv.api -P 0 {*}$extra]
-        lassign [spawn $ns $dir/$daemon.out $cmd] pid chan
-        dict lappend duts($h) procs [dict create name $daemon pid $pid chan $chan]
-        set sockets [list $dir/$daemon.vty]
-        if {$daemon eq "zebra"} { lappend sockets $dir/zserv.api }
-        if {[catch {waitSockets $daemon $pid $sockets $dir/$daemon.out [dict get $o -timeout]} err opts]} {
-            # The log file may hold the reason; the output file the rest.
-            set msg "$err\n[tail $log]"
+                     --log file:$dir/$daemon.log -u frr -g frr -z $dir/zserv.api -P 0 {*}$extra]
+        if {[catch {FrrSpawn $h $daemon $cmd [dict get $o -timeout]} msg opts]} {
             stopHandle $h
             return -code error -errorcode [dict get $opts -errorcode] $msg
         }
     }
     return $h
+}
+
+# Starts one FRR daemon of handle H with CMD and waits for its sockets.
+proc ::lab::FrrSpawn {h daemon cmd timeout} {
+    variable duts
+    set ns [dict get $duts($h) ns]
+    set dir [dict get $duts($h) dir]
+    lassign [spawn $ns $dir/$daemon.out $cmd] pid chan
+    dict lappend duts($h) procs [dict create name $daemon pid $pid chan $chan cmd $cmd]
+    set sockets [list $dir/$daemon.vty]
+    if {$daemon eq "zebra"} { lappend sockets $dir/zserv.api }
+    if {[catch {waitSockets $daemon $pid $sockets $dir/$daemon.out $timeout} err opts]} {
+        # The log file may hold the reason; the output file the rest.
+        return -code error -errorcode [dict get $opts -errorcode] "$err\n[tail $dir/$daemon.log]"
+    }
+    return $pid
+}
+
+# Ends DAEMON of handle H with SIGNAL (TERM: a clean stop; KILL: a crash),
+# reaps it, removes what it left, and starts it again as before; the new PID.
+proc ::lab::FrrRestart {h daemon args} {
+    variable duts
+    variable startMs
+    set o [options [list -signal TERM -timeout $startMs] $args]
+    set d [handle $h frr]
+    set i [lsearch -exact [lmap p [dict get $d procs] { dict get $p name }] $daemon]
+    if {$i < 0} { return -code error "$h runs no $daemon" }
+    set p [lindex [dict get $d procs] $i]
+    set pid [dict get $p pid]
+    catch {exec kill -[dict get $o -signal] $pid 2>@1}
+    if {![until $startMs {![alive $pid]} 10] && [llength [terminate [list $pid]]]} {
+        return -code error "$daemon (pid $pid) does not end"
+    }
+    catch {close [dict get $p chan]}
+    file delete -force /var/tmp/frr/$daemon.$pid [dict get $d dir]/$daemon.vty
+    if {$daemon eq "zebra"} { file delete -force [dict get $d dir]/zserv.api }
+    dict set duts($h) procs [lreplace [dict get $d procs] $i $i]
+    return [FrrSpawn $h $daemon [dict get $p cmd] [dict get $o -timeout]]
 }
 
 # ---------------------------------------------------------------- BIRD
@@ -498,6 +539,8 @@ proc ::lab::FrrStart {ns args} {
 #                                 dict (prefix type proto since primary
 #                                 preference via dev attrs); the prefix is
 #                                 that of the best match, which may cover PREFIX
+# lab::bird configure H TEXT   -> checks TEXT, makes it the configuration
+#                                 and has BIRD take it (birdc configure)
 # lab::bird pid H / dir H / log H / stop H
 proc ::lab::bird {sub args} {
     switch -- $sub {
@@ -527,6 +570,21 @@ proc ::lab::bird {sub args} {
             lassign $args h prefix
             return [parseRoutes [bird cmd $h "show route for $prefix all"]]
         }
+        configure {
+            if {[llength $args] != 2} { return -code error "wrong # args: should be \"lab::bird configure H TEXT\"" }
+            lassign $args h text
+            set dir [dict get [handle $h bird] dir]
+            writefile $dir/next.conf $text
+            if {[catch {exec bird -p -c $dir/next.conf 2>@1} err]} {
+                return -code error -errorcode {LAB CONFIG} "bird rejects the configuration: $err"
+            }
+            file rename -force $dir/next.conf $dir/bird.conf
+            set out [bird cmd $h configure]
+            if {![string match *Reconfigured* $out]} {
+                return -code error -errorcode {LAB CONFIG} "bird did not take the configuration: $out"
+            }
+            return $out
+        }
         pid { return [dict get [lindex [dict get [handle [lindex $args 0] bird] procs] 0] pid] }
         dir { return [dict get [handle [lindex $args 0] bird] dir] }
         log { return [readfile [dict get [handle [lindex $args 0] bird] dir]/bird.out] }
@@ -536,7 +594,7 @@ proc ::lab::bird {sub args} {
         }
         default {
             return -code error \
-                "unknown subcommand \"$sub\": must be start, cmd, protocols, state, count, route, pid, dir, log or stop"
+                "unknown subcommand \"$sub\": must be start, cmd, protocols, state, count, route, configure, pid, dir, log or stop"
         }
     }
 }

@@ -444,7 +444,8 @@ proc ::lab::frr {sub args} {
             return [stopHandle [lindex $args 0]]
         }
         default {
-            return -code error "unknown subcommand \"$sub\": must be start, vtysh, json, pids, dir, log, restart or stop"
+            return -code error \
+                "unknown subcommand \"$sub\": must be start, vtysh, json, pids, dir, log, restart or stop"
         }
     }
 }
@@ -594,7 +595,8 @@ proc ::lab::bird {sub args} {
         }
         default {
             return -code error \
-                "unknown subcommand \"$sub\": must be start, cmd, protocols, state, count, route, configure, pid, dir, log or stop"
+                "unknown subcommand \"$sub\": must be start, cmd, protocols, state, count, route, configure,\
+                 pid, dir, log or stop"
         }
     }
 }

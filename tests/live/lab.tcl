@@ -18,6 +18,22 @@
 #     } -cleanup { lab::cleanup } -result 1
 #     cleanupTests
 #
+# The commands (each is described in full where it is defined):
+#
+#     lab::available                       "" or why live tests cannot run here
+#     lab::sweep                           remove what killed runs left
+#     lab::ns create | exec NS CMD.. | list | pids NS
+#     lab::veth NS1 NS2 ?-addr1 CIDRS -addr2 CIDRS -addr1v6 .. -addr2v6 .. -mtu N?
+#     lab::frr start NS ?-daemons {zebra bgpd} -config TEXT -args {-n}
+#                       -daemonargs {DAEMON ARGS ..} -timeout MS?   -> handle
+#     lab::frr vtysh H CMD.. | json H CMD | pids H | dir H | log H DAEMON
+#     lab::frr restart H DAEMON ?-signal TERM|KILL? | stop H
+#     lab::bird start NS -config TEXT ?-timeout MS?                   -> handle
+#     lab::bird cmd H CMD | protocols H | state H NAME | count H ?TABLE?
+#     lab::bird route H PREFIX | configure H TEXT | pid H | dir H | log H | stop H
+#     lab::until TIMEOUT_MS COND ?INTERVAL_MS?                       -> 1 or 0
+#     lab::cleanup                                                   -> PIDs that would not die
+#
 # Everything a lab makes is remembered and taken down by lab::cleanup, which
 # is idempotent. It also runs from a wrapper of `exit` that this file
 # installs, so a test file that dies on an error, or forgets its cleanup,

@@ -1,0 +1,66 @@
+#include "engine/clock.h"
+
+#include <time.h>
+
+#include <algorithm>
+
+namespace engine {
+
+Time SteadyClock::now() const {
+    timespec ts{};
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return Time{int64_t(ts.tv_sec) * 1'000'000'000 + ts.tv_nsec};
+}
+
+Clock& steadyClock() {
+    static SteadyClock clock;
+    return clock;
+}
+
+void VirtualClock::attach(TimerSource* s) {
+    if (std::find(sources_.begin(), sources_.end(), s) == sources_.end()) sources_.push_back(s);
+}
+
+void VirtualClock::detach(TimerSource* s) { std::erase(sources_, s); }
+
+void VirtualClock::settle() {
+    // A source's work may post to another (two ends of a wire on two
+    // reactors), so go round until a pass leaves nothing new: sources report
+    // work only through timers and posted queues, both drained here.
+    for (size_t i = 0; i < sources_.size(); ++i) sources_[i]->runReady();
+}
+
+void VirtualClock::advance(Duration d) {
+    const Time target = now_ + d;
+    for (;;) {
+        settle();
+        std::optional<Time> next;
+        for (TimerSource* s : sources_) {
+            auto t = s->nextDeadline();
+            if (t && (!next || *t < *next)) next = t;
+        }
+        if (!next || *next > target) break;
+        now_ = std::max(now_, *next);
+        // Copy: a timer may attach or detach a reactor.
+        auto sources = sources_;
+        for (TimerSource* s : sources) {
+            if (std::find(sources_.begin(), sources_.end(), s) != sources_.end()) s->fireDue(now_);
+        }
+    }
+    now_ = target;
+    settle();
+}
+
+bool VirtualClock::advanceToNext(Duration limit) {
+    settle();
+    std::optional<Time> next;
+    for (TimerSource* s : sources_) {
+        auto t = s->nextDeadline();
+        if (t && (!next || *t < *next)) next = t;
+    }
+    if (!next || *next > now_ + limit) return false;
+    advance(std::max(Duration{0}, *next - now_));
+    return true;
+}
+
+}  // namespace engine

@@ -1,0 +1,188 @@
+// The in-memory wire in virtual time: order and timing of delivery across
+// latencies and splits, back-pressure through a receiver that stops reading,
+// end of stream and reset, and handlers that destroy the streams.
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "engine/wire.h"
+
+namespace {
+
+using engine::Duration;
+using engine::Reactor;
+using engine::Stream;
+using engine::VirtualClock;
+using engine::WireOptions;
+using namespace std::chrono_literals;
+
+std::vector<uint8_t> bytesOf(const std::string& s) { return {s.begin(), s.end()}; }
+
+struct DeliveryCase {
+    const char* name;
+    WireOptions options;
+    std::vector<std::string> sends;
+    size_t expectPieces;
+};
+
+class WireDelivery : public ::testing::TestWithParam<DeliveryCase> {};
+
+TEST_P(WireDelivery, BytesArriveInOrderAfterTheLatencyInPiecesOfAtMostMaxChunk) {
+    const DeliveryCase& c = GetParam();
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r, c.options);
+    std::string got;
+    std::vector<size_t> pieces;
+    std::vector<Duration> arrivals;
+    b->onData = [&](Stream::Bytes bytes) {
+        got.append(bytes.begin(), bytes.end());
+        pieces.push_back(bytes.size());
+        arrivals.push_back(clock.now());
+    };
+    std::string all;
+    for (const auto& s : c.sends) {
+        ASSERT_TRUE(a->send(s.data(), s.size()));
+        all += s;
+    }
+    EXPECT_EQ(a->queued(), all.size());
+    if (c.options.latency > Duration{0}) {
+        clock.advance(c.options.latency - 1ns);
+        EXPECT_TRUE(got.empty()) << "nothing before the latency";
+    }
+    clock.advance(c.options.latency + 1ms);
+    EXPECT_EQ(got, all);
+    EXPECT_EQ(a->queued(), 0u);
+    EXPECT_EQ(pieces.size(), c.expectPieces);
+    for (size_t n : pieces) {
+        if (c.options.maxChunk) {
+            EXPECT_LE(n, c.options.maxChunk);
+        }
+    }
+    for (Duration t : arrivals) EXPECT_EQ(t, c.options.latency);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, WireDelivery,
+                         ::testing::Values(DeliveryCase{"AsSent", {}, {"OPEN", "KEEPALIVE"}, 2},
+                                           DeliveryCase{"Latency", {10ms, 0}, {"abc", "def"}, 2},
+                                           DeliveryCase{"ByteByByte", {0ms, 1}, {"abc", "de"}, 5},
+                                           DeliveryCase{"SplitAcrossMessages", {5ms, 4}, {"0123456789"}, 3}),
+                         [](const auto& info) { return info.param.name; });
+
+TEST(Wire, BothWaysAndRepliesFromInsideTheHandler) {
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r, {1ms, 0});
+    std::string atA;
+    b->onData = [&](Stream::Bytes bytes) {
+        std::string s(bytes.begin(), bytes.end());
+        b->send(bytesOf("re:" + s));
+    };
+    a->onData = [&](Stream::Bytes bytes) { atA.append(bytes.begin(), bytes.end()); };
+    a->send(bytesOf("x"));
+    clock.advance(1ms);
+    EXPECT_EQ(atA, "") << "the reply takes its own latency";
+    clock.advance(1ms);
+    EXPECT_EQ(atA, "re:x");
+}
+
+TEST(Wire, AReceiverThatStopsReadingFillsTheSendersQueueUntilItsLimit) {
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r);
+    a->setWaterMarks(1000, 200);
+    a->setQueueLimit(5000);
+    int high = 0, low = 0;
+    size_t queuedAtHigh = 0;
+    a->onHighWater = [&](size_t q) {
+        ++high;
+        queuedAtHigh = q;
+    };
+    a->onLowWater = [&] { ++low; };
+    size_t received = 0;
+    b->onData = [&](Stream::Bytes bytes) { received += bytes.size(); };
+    b->pauseReading(true);
+    const std::vector<uint8_t> block(300, 0xab);
+    int accepted = 0;
+    for (int i = 0; i < 30; ++i) {
+        if (a->send(block)) ++accepted;
+        clock.advance(1ms);
+    }
+    EXPECT_EQ(accepted, 16) << "16 * 300 fits under 5000, a 17th would not";
+    EXPECT_EQ(received, 0u);
+    EXPECT_EQ(a->queued(), 4800u);
+    EXPECT_EQ(high, 1) << "once, however far above";
+    EXPECT_EQ(queuedAtHigh, 1200u);
+    b->pauseReading(false);
+    clock.advance(1ms);
+    EXPECT_EQ(received, 4800u);
+    EXPECT_EQ(a->queued(), 0u);
+    EXPECT_EQ(low, 1);
+}
+
+struct EndCase {
+    const char* name;
+    int how;  // 0 close, 1 abort, 2 destroy
+    bool peerGetsData;
+    int expectErrno;  // of the peer's onClosed
+};
+
+class WireEnd : public ::testing::TestWithParam<EndCase> {};
+
+TEST_P(WireEnd, ThePeerSeesTheEndOfTheStream) {
+    const EndCase& c = GetParam();
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r, {2ms, 0});
+    std::string got;
+    std::vector<std::error_code> closes;
+    b->onData = [&](Stream::Bytes bytes) { got.append(bytes.begin(), bytes.end()); };
+    b->onClosed = [&](std::error_code ec) {
+        EXPECT_EQ(got.empty(), !c.peerGetsData) << "the end comes after the data";
+        closes.push_back(ec);
+    };
+    bool aClosed = false;
+    a->onClosed = [&](std::error_code) { aClosed = true; };
+    a->send(bytesOf("CEASE"));
+    if (c.how == 0) a->close();
+    if (c.how == 1) a->abort();
+    if (c.how == 2) a.reset();
+    if (a) {
+        EXPECT_FALSE(a->send(bytesOf("more"))) << "nothing after the end";
+    }
+    clock.advance(10ms);
+    EXPECT_EQ(got, c.peerGetsData ? "CEASE" : "");
+    ASSERT_EQ(closes.size(), 1u);
+    EXPECT_EQ(closes[0].value(), c.expectErrno);
+    EXPECT_TRUE(b->closed());
+    EXPECT_FALSE(aClosed) << "the side that ended hears nothing";
+    EXPECT_FALSE(b->send(bytesOf("late")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, WireEnd,
+                         ::testing::Values(EndCase{"CloseFlushesFirst", 0, true, 0},
+                                           EndCase{"AbortDrops", 1, false, ECONNRESET},
+                                           EndCase{"DestroyResets", 2, false, ECONNRESET}),
+                         [](const auto& info) { return info.param.name; });
+
+TEST(Wire, HandlersMayDestroyEitherEnd) {
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r, {0ms, 2});
+    int pieces = 0;
+    b->onData = [&](Stream::Bytes) {
+        if (++pieces == 2) {
+            a.reset();  // the sender, in the middle of its delivery
+            b.reset();  // and the receiver itself
+        }
+    };
+    a->send(bytesOf("0123456789"));
+    clock.advance(5ms);
+    EXPECT_EQ(pieces, 2);
+    EXPECT_FALSE(a);
+    EXPECT_FALSE(b);
+}
+
+}  // namespace

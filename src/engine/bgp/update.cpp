@@ -262,7 +262,7 @@ private:
             a.atomicAggregate = true;
             return true;
         case attr::kAggregator:
-            if (v.size() != 2 + asSize) return malformed(type, err::kAttributeLength, whole);
+            if (v.size() != 4 + asSize) return malformed(type, err::kAttributeLength, whole);
             a.aggregator = Aggregator{asSize == 4 ? r.u32() : r.u16(), r.u32()};
             return true;
         case attr::kCommunities:

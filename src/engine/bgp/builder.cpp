@@ -184,6 +184,11 @@ bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8
         }
     }
 
+    // Room for the attributes and at least the longest prefix.
+    if (kHeaderSize + 4 + g.head.size() + g.tail.size() + 17 > s_.maxMessage) {
+        error_ = "the path attributes of the range do not fit in a message";
+        return false;
+    }
     uint64_t routeIndex = 0;
     unsigned lengthIndex = 0;
     std::vector<Run> runs;
@@ -211,23 +216,32 @@ bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8
 }
 
 size_t UpdateEncoder::fill(uint8_t* out, size_t cap) {
+    // A message is always built as full as the session allows; when the
+    // caller's room is smaller it waits in pending_ for the next call.
     size_t used = 0;
-    while (!done()) {
-        size_t n = writeOne(out + used, cap - used);
-        if (n == 0) break;
-        used += n;
+    auto flushPending = [&] {
+        if (pending_.size() > cap - used) return false;
+        std::memcpy(out + used, pending_.data(), pending_.size());
+        used += pending_.size();
+        pending_.clear();
+        return true;
+    };
+    if (!pending_.empty() && !flushPending()) return 0;
+    while (group_ < groups_.size()) {
+        if (cap - used >= s_.maxMessage) {
+            used += writeOne(out + used, cap - used);
+            continue;
+        }
+        pending_.resize(s_.maxMessage);
+        pending_.resize(writeOne(pending_.data(), pending_.size()));
+        if (!flushPending()) break;
     }
     return used;
 }
 
 size_t UpdateEncoder::writeOne(uint8_t* out, size_t cap) {
     Group& g = groups_[group_];
-    const size_t limit = std::min(cap, s_.maxMessage);
-    const size_t overhead = kHeaderSize + 4 + g.head.size() + g.tail.size();
-    {
-        const Run& first = g.runs[run_];
-        if (overhead + 1 + (first.length + 7u) / 8 > limit) return 0;
-    }
+    const size_t limit = std::min(cap, s_.maxMessage);  // cap is at least the session's largest message
     // Header; the lengths are filled in at the end.
     std::memset(out, 0xff, 16);
     out[18] = uint8_t(MessageType::Update);

@@ -76,9 +76,11 @@ public:
     bool add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8_t safi = 1);
 
     // Writes whole UPDATEs into out, as many as fit; returns the bytes
-    // written, 0 when everything is out (or cap is below one message).
+    // written, 0 when everything is out or the next message does not fit
+    // (it waits, whole, for the next call). Every message is as full as the
+    // session's largest message allows, whatever cap is.
     size_t fill(uint8_t* out, size_t cap);
-    bool done() const { return group_ >= groups_.size(); }
+    bool done() const { return group_ >= groups_.size() && pending_.empty(); }
     // Everything still to send, in one buffer.
     Bytes all();
 
@@ -115,6 +117,7 @@ private:
     Kind kind_;
     std::vector<Group> groups_;
     std::map<std::pair<Bytes, Bytes>, size_t> shared_;  // head and tail of a group with a fixed next hop
+    Bytes pending_;  // a message built that did not fit the caller's room
     size_t group_ = 0, run_ = 0;
     uint64_t index_ = 0;  // next route of the current run
     uint64_t prefixes_ = 0, messages_ = 0;

@@ -255,7 +255,7 @@ size_t UpdateEncoder::writeOne(uint8_t* out, size_t cap) {
         p += 2;
     }
     uint8_t* head = p;
-    std::memcpy(p, g.head.data(), g.head.size());
+    if (!g.head.empty()) std::memcpy(p, g.head.data(), g.head.size());
     p += g.head.size();
     uint8_t* const prefixesAt = p;
     uint8_t* const end = out + limit - g.tail.size() - (attrLen ? 0 : 2);
@@ -312,7 +312,7 @@ size_t UpdateEncoder::writeOne(uint8_t* out, size_t cap) {
     const size_t prefixBytes = size_t(p - prefixesAt);
     if (g.nhVaries) putAddress(head + g.nhAt, msgNh, g.nhSize);
     if (!g.inNlriField) store16(head + 2, uint16_t(g.head.size() - 4 + prefixBytes));  // MP attribute length
-    std::memcpy(p, g.tail.data(), g.tail.size());
+    if (!g.tail.empty()) std::memcpy(p, g.tail.data(), g.tail.size());
     p += g.tail.size();
     if (attrLen) {
         size_t total = g.inNlriField ? g.head.size() : g.head.size() + prefixBytes + g.tail.size();

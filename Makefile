@@ -59,6 +59,8 @@ demo: build
 bench: build
 	@cmake --build $(BUILD) --target zkbench -j $(JOBS) >/dev/null
 	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(BUILD)/bench/zkbench
+	@cmake --build $(BUILD) --target zkbgp_bench -j $(JOBS) >/dev/null
+	@$(BUILD)/bench/zkbgp_bench --benchmark_min_time=0.2
 
 docs: build
 	@cmake --build $(BUILD) --target docs

@@ -1,0 +1,272 @@
+// Adj-RIB-In: what the peer's UPDATEs leave in it, the route filter on
+// input, the route limit, interned attribute sets, the snapshot records,
+// and its size for a million routes.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "bgp_hex.h"
+#include "engine/bgp/builder.h"
+#include "engine/bgp/rib.h"
+
+using namespace engine::bgp;
+using hal::EIPAddress;
+
+namespace {
+
+EIPAddress v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d) { return EIPAddress::FromV4(uint32_t(a) << 24 | b << 16 | c << 8 | d); }
+EIPAddress v6(std::string_view hexBytes) {
+    std::array<uint8_t, 16> b{};
+    Bytes h = bgptest::hex(hexBytes);
+    std::copy(h.begin(), h.end(), b.begin());
+    return EIPAddress::FromV6(b);
+}
+
+hal::EBGP::ConfigRouteRange range(EIPAddress first, uint8_t len, uint32_t count) {
+    hal::EBGP::ConfigRouteRange r;
+    r.firstNetwork = first;
+    r.fromPrefix = r.thruPrefix = len;
+    r.numberOfRoutes = count;
+    return r;
+}
+
+EncodeSession peer() {
+    EncodeSession s;
+    s.localAs = 65002;
+    s.internal = false;
+    s.localAddress = v4(10, 1, 0, 1);
+    return s;
+}
+
+// Feeds every UPDATE of a stream to the RIB; the totals of what it did.
+AdjRibIn::Applied feed(AdjRibIn& rib, const Bytes& stream) {
+    AdjRibIn::Applied sum;
+    size_t at = 0;
+    while (at < stream.size()) {
+        Frame f = nextFrame(ByteView(stream).subspan(at));
+        EXPECT_GT(f.length, 0u);
+        if (f.length == 0) break;
+        auto u = decodeUpdate(ByteView(stream).subspan(at, f.length), {.as4 = true, .internal = false});
+        EXPECT_TRUE(u.ok());
+        if (!u.ok()) break;
+        auto a = rib.apply(u.value());
+        sum.announced += a.announced;
+        sum.withdrawn += a.withdrawn;
+        sum.filtered += a.filtered;
+        sum.overLimit += a.overLimit;
+        at += f.length;
+    }
+    return sum;
+}
+
+Bytes announce(const hal::EBGP::ConfigRouteRange& r, UpdateEncoder::Kind kind = UpdateEncoder::Kind::Announce) {
+    UpdateEncoder enc(peer(), kind);
+    EXPECT_TRUE(enc.add(r, 65002));
+    return enc.all();
+}
+
+TEST(Rib, LearnsAndSnapshotsWithAttributes) {
+    AdjRibIn rib;
+    auto r = range(v4(20, 0, 0, 0), 24, 3000);
+    r.medEnabled = true;
+    r.med = 5;
+    r.origin = 1;
+    r.communities = {0xfde90064};
+    auto a = feed(rib, announce(r));
+    EXPECT_EQ(a.announced, 3000u);
+    EXPECT_EQ(rib.size(), 3000u);
+    EXPECT_EQ(rib.attributeSets(), 1u);
+    auto snap = rib.snapshot();
+    ASSERT_EQ(snap.size(), 3000u);
+    const auto& first = snap.front();
+    EXPECT_EQ(first.family, 1);
+    EXPECT_EQ(first.network, v4(20, 0, 0, 0));
+    EXPECT_EQ(first.prefixLength, 24);
+    EXPECT_EQ(first.nextHop, v4(10, 1, 0, 1));
+    EXPECT_EQ(first.origin, 1);
+    EXPECT_EQ(first.asPath, std::vector<uint16_t>{65002});
+    EXPECT_EQ(first.med, 5u);
+    EXPECT_EQ(first.communities, std::vector<uint32_t>{0xfde90064});
+    EXPECT_EQ(snap.back().network, v4(20, 11, 183, 0));  // 2999 = 11 * 256 + 183
+}
+
+TEST(Rib, Ipv6RoutesAndTheirNextHop) {
+    AdjRibIn rib;
+    EncodeSession s = peer();
+    s.localAddress = v6("20010db8000000000000000000000001");
+    UpdateEncoder enc(s, UpdateEncoder::Kind::Announce);
+    ASSERT_TRUE(enc.add(range(v6("20010db8"), 64, 10), 65002));
+    feed(rib, enc.all());
+    auto snap = rib.snapshot();
+    ASSERT_EQ(snap.size(), 10u);
+    EXPECT_EQ(snap[0].family, 5);
+    EXPECT_EQ(snap[0].network, v6("20010db8"));
+    EXPECT_EQ(snap[0].nextHop, v6("20010db8000000000000000000000001"));
+    EXPECT_EQ(snap[9].network, v6("20010db800000009"));
+}
+
+TEST(Rib, WithdrawalsAndReplacementsFreeAttributeSets) {
+    AdjRibIn rib;
+    auto r = range(v4(20, 0, 0, 0), 24, 100);
+    feed(rib, announce(r));
+    r.med = 9;
+    r.medEnabled = true;
+    auto half = r;
+    half.numberOfRoutes = 50;
+    feed(rib, announce(half));  // the first 50 move to a second set
+    EXPECT_EQ(rib.size(), 100u);
+    EXPECT_EQ(rib.attributeSets(), 2u);
+    feed(rib, announce(r));  // all move: the first set goes
+    EXPECT_EQ(rib.attributeSets(), 1u);
+    auto w = feed(rib, announce(half, UpdateEncoder::Kind::Withdraw));
+    EXPECT_EQ(w.withdrawn, 50u);
+    EXPECT_EQ(rib.size(), 50u);
+    w = feed(rib, announce(half, UpdateEncoder::Kind::Withdraw));
+    EXPECT_EQ(w.withdrawn, 0u);  // not held any more
+    feed(rib, announce(r, UpdateEncoder::Kind::Withdraw));
+    EXPECT_EQ(rib.size(), 0u);
+    EXPECT_EQ(rib.attributeSets(), 0u);
+    EXPECT_TRUE(rib.snapshot().empty());
+}
+
+TEST(Rib, TreatAsWithdrawRemovesWhatTheUpdateAnnounces) {
+    AdjRibIn rib;
+    feed(rib, announce(range(v4(20, 0, 0, 0), 24, 2)));
+    // ORIGIN 3 is malformed: the prefix 20.0.0.0/24 is to be withdrawn.
+    Bytes bad = bgptest::message(2, bgptest::hex("0000 000e 40 01 01 03 40 02 00 40 03 04 0a010001 18 140000"));
+    auto u = decodeUpdate(bad, {.as4 = true});
+    ASSERT_TRUE(u.ok());
+    ASSERT_EQ(u->action, ErrorAction::TreatAsWithdraw);
+    auto a = rib.apply(u.value());
+    EXPECT_EQ(a.withdrawn, 1u);
+    EXPECT_EQ(a.announced, 0u);
+    ASSERT_EQ(rib.size(), 1u);
+    EXPECT_EQ(rib.snapshot()[0].network, v4(20, 0, 1, 0));
+}
+
+hal::EBGP::ConfigPrefixFilter prefixFilter(uint8_t family, EIPAddress net, uint8_t len, bool exact) {
+    hal::EBGP::ConfigPrefixFilter f;
+    f.family = family;
+    f.network = net;
+    f.prefixLength = len;
+    f.exactMatch = exact;
+    return f;
+}
+
+struct FilterCase {
+    const char* name;
+    RibFilter filter;
+    uint8_t family;
+    Prefix prefix;
+    bool kept;
+};
+
+RibFilter filterOf(bool enabled, uint8_t family, bool usePrefixFilters,
+                   std::vector<hal::EBGP::ConfigPrefixFilter> prefixFilters = {}) {
+    RibFilter f;
+    f.enabled = enabled;
+    f.family = family;
+    f.usePrefixFilters = usePrefixFilters;
+    f.prefixFilters = std::move(prefixFilters);
+    return f;
+}
+
+Prefix p4(uint8_t a, uint8_t b, uint8_t c, uint8_t d, uint8_t len) { return Prefix::v4(v4(a, b, c, d).GetV4(), len); }
+
+class RibFilterTest : public ::testing::TestWithParam<FilterCase> {};
+
+TEST_P(RibFilterTest, KeepsWhatTheFilterCovers) {
+    const FilterCase& c = GetParam();
+    EXPECT_EQ(c.filter.accepts(c.family, c.prefix), c.kept);
+}
+
+const auto k10_8 = prefixFilter(1, v4(10, 0, 0, 0), 8, false);
+const auto k10_8exact = prefixFilter(1, v4(10, 0, 0, 0), 8, true);
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, RibFilterTest,
+    ::testing::Values(
+        FilterCase{"disabled_keeps_all", filterOf(false, 5, true, {}), 1, p4(1, 2, 3, 0, 24), true},
+        FilterCase{"family_all", filterOf(true, 0, false), 5, p4(1, 2, 3, 0, 24), true},
+        FilterCase{"family_other", filterOf(true, 5, false), 1, p4(1, 2, 3, 0, 24), false},
+        FilterCase{"family_same", filterOf(true, 1, false), 1, p4(1, 2, 3, 0, 24), true},
+        FilterCase{"inside_the_prefix", filterOf(true, 0, true, {k10_8}), 1, p4(10, 2, 3, 0, 24), true},
+        FilterCase{"the_prefix_itself", filterOf(true, 0, true, {k10_8}), 1, p4(10, 0, 0, 0, 8), true},
+        FilterCase{"shorter_than_the_prefix", filterOf(true, 0, true, {k10_8}), 1, p4(10, 0, 0, 0, 7), false},
+        FilterCase{"outside_the_prefix", filterOf(true, 0, true, {k10_8}), 1, p4(11, 0, 0, 0, 24), false},
+        FilterCase{"exact_the_prefix", filterOf(true, 0, true, {k10_8exact}), 1, p4(10, 0, 0, 0, 8), true},
+        FilterCase{"exact_longer", filterOf(true, 0, true, {k10_8exact}), 1, p4(10, 2, 0, 0, 16), false},
+        FilterCase{"prefix_filter_of_another_family", filterOf(true, 0, true, {prefixFilter(2, v4(10, 0, 0, 0), 8, false)}),
+                   1, p4(10, 2, 0, 0, 16), false},
+        FilterCase{"any_of_several", filterOf(true, 0, true, {k10_8exact, prefixFilter(1, v4(20, 0, 0, 0), 16, false)}),
+                   1, p4(20, 0, 9, 0, 24), true},
+        FilterCase{"no_prefix_filters_keep_nothing", filterOf(true, 0, true, {}), 1, p4(10, 0, 0, 0, 8), false},
+        FilterCase{"odd_length", filterOf(true, 0, true, {prefixFilter(1, v4(10, 0, 0, 0), 9, false)}), 1,
+                   p4(10, 128, 0, 0, 16), false}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Rib, FilterFromTheNeighborRecord) {
+    hal::EBGP::ConfigNeighbor n;
+    n.routeFilter.enabled = true;
+    n.routeFilter.usePrefixFilters = true;
+    n.prefixFilters.Add(k10_8);
+    auto off = k10_8exact;
+    off.network = v4(20, 0, 0, 0);
+    off.enabled = false;
+    n.prefixFilters.Add(off);
+    AdjRibIn rib(RibFilter::of(n));
+    auto a = feed(rib, announce(range(v4(10, 255, 250, 0), 24, 10)));  // 6 inside 10/8, 4 in 11/8
+    EXPECT_EQ(a.announced, 6u);
+    EXPECT_EQ(a.filtered, 4u);
+    a = feed(rib, announce(range(v4(20, 0, 0, 0), 24, 3)));  // only a disabled filter covers them
+    EXPECT_EQ(a.filtered, 3u);
+    EXPECT_EQ(rib.size(), 6u);
+}
+
+TEST(Rib, MaxRoutesCapsAndSaysSo) {
+    RibFilter f;
+    f.enabled = true;
+    f.maxRoutes = 10;
+    AdjRibIn rib(f);
+    auto r = range(v4(20, 0, 0, 0), 24, 25);
+    auto a = feed(rib, announce(r));
+    EXPECT_EQ(a.announced, 10u);
+    EXPECT_EQ(a.overLimit, 15u);
+    EXPECT_EQ(rib.size(), 10u);
+    EXPECT_TRUE(rib.maxRoutesReached());
+    // Routes held may still change.
+    auto first = range(v4(20, 0, 0, 0), 24, 10);
+    first.medEnabled = true;
+    a = feed(rib, announce(first));
+    EXPECT_EQ(a.announced, 10u);
+    EXPECT_EQ(a.overLimit, 0u);
+    feed(rib, announce(range(v4(20, 0, 0, 0), 24, 1), UpdateEncoder::Kind::Withdraw));
+    EXPECT_FALSE(rib.maxRoutesReached());
+    EXPECT_EQ(rib.size(), 9u);
+}
+
+TEST(Rib, FourOctetAsesShowAsAsTrans) {
+    AdjRibIn rib;
+    EncodeSession s = peer();
+    UpdateEncoder enc(s, UpdateEncoder::Kind::Announce);
+    ASSERT_TRUE(enc.add(range(v4(20, 0, 0, 0), 24, 1), 4200000000u));
+    feed(rib, enc.all());
+    EXPECT_EQ(rib.snapshot().at(0).asPath, std::vector<uint16_t>{kAsTrans});
+}
+
+// A million /24s sharing one attribute set: bytes per route of the store.
+TEST(Rib, AMillionRoutesIn48BytesEach) {
+    AdjRibIn rib;
+    auto a = feed(rib, announce(range(v4(20, 0, 0, 0), 24, 1000000)));
+    ASSERT_EQ(a.announced, 1000000u);
+    ASSERT_EQ(rib.size(), 1000000u);
+    double perRoute = double(rib.memoryBytes()) / 1e6;
+    std::printf("Adj-RIB-In: %.1f bytes per route for 1,000,000 IPv4 routes\n", perRoute);
+    EXPECT_LE(perRoute, 48.0);
+    // Every prefix is found again on withdrawal, however the table wrapped.
+    auto w = feed(rib, announce(range(v4(20, 0, 0, 0), 24, 1000000), UpdateEncoder::Kind::Withdraw));
+    EXPECT_EQ(w.withdrawn, 1000000u);
+    EXPECT_EQ(rib.size(), 0u);
+}
+
+}  // namespace

@@ -19,9 +19,7 @@ inline constexpr const char* kBgpRoutesKind = "bgpRoutes";
 inline constexpr const char* kBgpStatsKind = "bgpStats";
 
 // Statistic values by selector (bgpOurIP 0 .. bgpRoutesReceivedBeforeStaleTimerExpired 70).
-struct LearnedBgpStats : zk::LearnedData {
-    std::map<int, std::string> values;
-};
+using LearnedBgpStats = LearnedStatistics;
 inline constexpr int kLastStatistic = 70;
 
 // One learned route, read-only to scripts.

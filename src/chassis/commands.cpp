@@ -62,8 +62,9 @@ int portAdd(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
                             {"PORT", "EXISTS", idWords(id)});
     Port trial(id);
     if (configurePort(interp, trial, objc - 3, objv + 3) != TCL_OK) return TCL_ERROR;
-    copyPortOptions(lab.add(id), trial);
-    return TCL_OK;
+    Port& port = lab.add(id);
+    copyPortOptions(port, trial);
+    return applyBinding(interp, port);
 }
 
 int portConfigure(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
@@ -73,7 +74,8 @@ int portConfigure(Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
         Tcl_SetObjResult(interp, portOptionList(*p));
         return TCL_OK;
     }
-    return configurePort(interp, *p, objc - 3, objv + 3);
+    if (configurePort(interp, *p, objc - 3, objv + 3) != TCL_OK) return TCL_ERROR;
+    return applyBinding(interp, *p);
 }
 
 int portCget(Tcl_Interp* interp, int, Tcl_Obj* const objv[]) {

@@ -31,12 +31,35 @@ EmulatedPort::EmulatedPort(PortId pid) : zk::Port(pid) {
 }
 
 bool EmulatedPort::send(Protocol protocol, const hal::EConfigRoot& config) {
-    return store(zk::protocolName(protocol), zk::configText(config, -1), [&] { return zk::configText(config, 2); });
+    if (!store(zk::protocolName(protocol), zk::configText(config, -1), [&] { return zk::configText(config, 2); }))
+        return false;
+    if (live_) live_->configure(protocol, config);
+    return true;
 }
 
 bool EmulatedPort::sendServices() {
     hal::Json config = servicesJson();
-    return store("services", config.dump(), [&] { return config.dump(2); });
+    if (!store("services", config.dump(), [&] { return config.dump(2); })) return false;
+    for (const zk::ProtocolRow& r : zk::protocolTable())
+        servicesWritten_[size_t(r.protocol)] = holder(r.protocol).serviceEnabled;
+    return true;
+}
+
+std::string EmulatedPort::bind() {
+    if (netns == boundNetns_ && interfaceName == boundInterface_ && (live_ != nullptr) == !interfaceName.empty())
+        return "";
+    const LiveFactory* factory = liveFactory();
+    std::unique_ptr<LiveBinding> binding;
+    if (!interfaceName.empty()) {
+        if (!factory) return "live ports are not available in this build";
+        if (std::string why = factory->check(netns, interfaceName); !why.empty()) return why;
+    }
+    live_.reset();  // the old binding ends before the new one starts
+    if (!interfaceName.empty()) live_ = factory->bind(id, netns, interfaceName);
+    boundNetns_ = netns;
+    boundInterface_ = interfaceName;
+    std::fill(running.begin(), running.end(), 0);  // what ran on the old binding ran there
+    return "";
 }
 
 bool EmulatedPort::store(std::string_view protocol, std::string text, const std::function<std::string()>& pretty) {
@@ -68,8 +91,19 @@ const std::string& EmulatedPort::written(std::string_view protocol) const {
 // protocol that does not run changes nothing), a transmit changes no state;
 // each is kept and traced.
 void EmulatedPort::command(const zk::CommandCode& command) {
-    if (command.action != zk::CommandCode::Transmit)
-        running[size_t(command.protocol)] = command.action == zk::CommandCode::Start;
+    bool start = command.action == zk::CommandCode::Start;
+    if (live_ && command.action != zk::CommandCode::Transmit) {
+        // A bound port runs a protocol only when the port services written
+        // to it enable the protocol's service.
+        const char* title = zk::protocolTitle(command.protocol);
+        if (start && !servicesWritten_[size_t(command.protocol)])
+            Lab::instance().log(std::string(title) + " does not start on port " + name +
+                                ": its service is not enabled in the port services written to the port");
+        else if (!live_->command(command))
+            Lab::instance().log(std::string(title) + " is recorded but not run on the wire by port " + name);
+        if (start && !servicesWritten_[size_t(command.protocol)]) start = false;
+    }
+    if (command.action != zk::CommandCode::Transmit) running[size_t(command.protocol)] = start;
     commands.push_back({command.code, command.name});
     trace("command " + std::to_string(command.code) + " " + command.name);
 }
@@ -82,7 +116,8 @@ void EmulatedPort::enableStatistics(Protocol protocol, bool on) {
 
 std::optional<std::string> EmulatedPort::refusesToAnswer(Protocol protocol, bool statisticsQuery) const {
     std::string title = zk::protocolTitle(protocol);
-    if (!alwaysAnswers && !isRunning(protocol)) return title + " is not running on port " + name + ".";
+    // A bound port answers from what runs, so only while it runs.
+    if ((live_ || !alwaysAnswers) && !isRunning(protocol)) return title + " is not running on port " + name + ".";
     if (statisticsQuery && !countsStatistics(protocol))
         return "Statistics of " + title + " are not enabled on port " + name + ".";
     return std::nullopt;
@@ -90,7 +125,15 @@ std::optional<std::string> EmulatedPort::refusesToAnswer(Protocol protocol, bool
 
 void EmulatedPort::request(const std::string& kind, const std::string& key, std::weak_ptr<void> requester,
                            zk::ReplyCallback done) {
-    Lab::instance().replies().request(id.key(), kind, key, std::move(requester), std::move(done));
+    ReplyQueue& replies = Lab::instance().replies();
+    if (!live_) {
+        replies.request(id.key(), kind, key, std::move(requester), std::move(done));
+        return;
+    }
+    auto answer = [&replies, requester, done](std::shared_ptr<const zk::LearnedData> data) {
+        replies.arrive(requester, done, std::move(data));
+    };
+    if (!live_->request(kind, key, answer)) answer(nullptr);
 }
 
 void EmulatedPort::generateStreams(Protocol protocol, uint64_t component, int action) {

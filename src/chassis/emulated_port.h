@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "chassis/live.h"
 #include "core/equipment.h"
 
 namespace chassis {
@@ -57,6 +58,15 @@ public:
 
     const std::string& written(std::string_view protocol) const;  // "" when nothing was sent
 
+    // The interface the port is bound to (-netns, -interface); an empty
+    // interface: not bound. bind() makes the binding follow them.
+    std::string netns;
+    std::string interfaceName;
+    bool bound() const { return live_ != nullptr; }
+    // Binds the port as netns and interfaceName say ("" or why not; the
+    // binding is then as it was).
+    std::string bind();
+
     // The equipment interface.
     bool send(Protocol protocol, const hal::EConfigRoot& config) override;
     bool sendServices() override;
@@ -73,6 +83,9 @@ private:
     bool store(std::string_view protocol, std::string text, const std::function<std::string()>& pretty);
 
     std::map<std::string, std::string, std::less<>> written_;
+    std::unique_ptr<LiveBinding> live_;
+    std::array<int, zk::kProtocolCount> servicesWritten_{};  // service switches of the last services sent
+    std::string boundNetns_, boundInterface_;
 };
 
 }  // namespace chassis

@@ -1,5 +1,7 @@
 #include "chassis/lab.h"
 
+#include <optional>
+
 #include "core/port.h"
 
 namespace chassis {
@@ -14,6 +16,16 @@ Lab& Lab::instance() {
 }
 
 Lab::Lab() { reset(false); }
+
+namespace {
+std::optional<LiveFactory>& live() {
+    static std::optional<LiveFactory> factory;
+    return factory;
+}
+}  // namespace
+
+void installLive(LiveFactory factory) { live() = std::move(factory); }
+const LiveFactory* liveFactory() { return live() ? &*live() : nullptr; }
 
 EmulatedPort* Lab::find(const PortId& id) {
     auto it = ports_.find(id);

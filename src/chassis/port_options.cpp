@@ -259,6 +259,11 @@ const PortOption kOptions[] = {
      nullptr},
     {"-commands", "read-only", "empty", "start, stop and transmit commands received: `{code name}` each", getCommands,
      nullptr, nullptr},
+    {"-netns", "text", "empty", "network namespace of the interface the port is bound to; empty: the process's own",
+     getText<&Port::netns>, setText<&Port::netns>, copy<&Port::netns>},
+    {"-interface", "text", "empty",
+     "the Linux interface the port is bound to: it then runs what it is sent (docs/live.md); empty: not bound",
+     getText<&Port::interfaceName>, setText<&Port::interfaceName>, copy<&Port::interfaceName>},
     {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -289,9 +294,25 @@ int configurePort(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* const objv[
         if (!o->set) return chassisError(interp, std::string(o->name) + " is read-only", {"READONLY", o->name});
         if (o->set(*o, interp, trial, objv[i + 1]) != TCL_OK) return TCL_ERROR;
     }
+    if (trial.netns != port.netns || trial.interfaceName != port.interfaceName)
+        if (int code = checkBinding(interp, trial); code != TCL_OK) return code;
     copyPortOptions(port, trial);
     Tcl_ResetResult(interp);
     return TCL_OK;
+}
+
+int checkBinding(Tcl_Interp* interp, const Port& port) {
+    if (port.interfaceName.empty()) return TCL_OK;
+    const LiveFactory* factory = liveFactory();
+    std::string why = factory ? factory->check(port.netns, port.interfaceName) : "live ports are not available";
+    if (why.empty()) return TCL_OK;
+    return chassisError(interp, "port " + port.id.text() + " cannot be bound: " + why, {"BIND", port.id.text()});
+}
+
+int applyBinding(Tcl_Interp* interp, Port& port) {
+    std::string why = port.bind();
+    if (why.empty()) return TCL_OK;
+    return chassisError(interp, "port " + port.id.text() + " cannot be bound: " + why, {"BIND", port.id.text()});
 }
 
 Tcl_Obj* portOptionList(const Port& port) {

@@ -35,6 +35,11 @@ const PortOption* findPortOption(Tcl_Interp* interp, Tcl_Obj* word);
 // refused (the error is then in `interp`).
 int configurePort(Tcl_Interp* interp, Port& port, int objc, Tcl_Obj* const objv[]);
 
+// Whether the interface the port names can be bound (a ZKCHASSIS BIND
+// error in `interp` when not), and making the binding follow the options.
+int checkBinding(Tcl_Interp* interp, const Port& port);
+int applyBinding(Tcl_Interp* interp, Port& port);
+
 // Every option with its value, as `configure` without options returns it.
 Tcl_Obj* portOptionList(const Port& port);
 

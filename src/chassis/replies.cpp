@@ -29,9 +29,22 @@ void ReplyQueue::request(const std::string& portKey, const std::string& kind, co
     if (armTimer) armTimer(delay);
 }
 
+void ReplyQueue::arrive(std::weak_ptr<void> requester, Callback done, std::shared_ptr<const LearnedData> data) {
+    std::lock_guard lock(arrivalsMutex_);
+    arrivals_.push_back(Pending{0, std::move(requester), std::move(done), std::move(data)});
+}
+
 int ReplyQueue::poll() {
     int delivered = 0;
     int64_t t = now();
+    {
+        std::lock_guard lock(arrivalsMutex_);
+        for (Pending& p : arrivals_) {
+            p.due = t;
+            queue_.push_back(std::move(p));
+        }
+        arrivals_.clear();
+    }
     // A callback may queue another request; take the due ones out first.
     std::vector<Pending> due;
     auto split = std::stable_partition(queue_.begin(), queue_.end(), [t](const Pending& p) { return p.due > t; });
@@ -55,6 +68,8 @@ int64_t ReplyQueue::nextDueIn() const {
 void ReplyQueue::clear() {
     learned_.clear();
     queue_.clear();
+    std::lock_guard lock(arrivalsMutex_);
+    arrivals_.clear();
 }
 
 }  // namespace chassis

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <memory>
 #include <string>
 #include <utility>
@@ -34,6 +35,10 @@ public:
     void request(const std::string& portKey, const std::string& kind, const std::string& key,
                  std::weak_ptr<void> requester, Callback done);
 
+    // An answer that came from elsewhere (a live port's engine), from any
+    // thread: it is due at once and delivered by the next poll.
+    void arrive(std::weak_ptr<void> requester, Callback done, std::shared_ptr<const LearnedData> data);
+
     // Delivers every reply that is due; returns how many were delivered.
     int poll();
     // Milliseconds until the next reply is due, or -1 when none waits.
@@ -57,6 +62,8 @@ private:
     std::map<std::tuple<std::string, std::string, std::string>, std::shared_ptr<const LearnedData>> learned_;
     std::vector<Pending> queue_;
     Clock clock_;
+    std::mutex arrivalsMutex_;
+    std::vector<Pending> arrivals_;
 };
 
 }  // namespace chassis

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -79,6 +80,11 @@ private:
 template <class Item>
 struct LearnedItems : LearnedData {
     std::vector<Item> items;
+};
+
+// Statistics a port answers: value text by selector number.
+struct LearnedStatistics : LearnedData {
+    std::map<int, std::string> values;
 };
 
 // A learned list: the reply that brings it, the list taken from it, and a

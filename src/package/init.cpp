@@ -8,6 +8,7 @@
 #include "binding/module.h"
 #include "chassis/commands.h"
 #include "chassis/lab.h"
+#include "live/live_ports.h"
 #include "core/host.h"
 #include "core/host_interface.h"
 
@@ -22,8 +23,17 @@ constexpr const char* kChassisTclVersion = "8.6";
 // its table, as a host program would, and takes the module's log.
 void chassisLog(void*, const char* message) { chassis::Lab::instance().log(message); }
 
+void stopLivePorts(ClientData) { live::shutdownLivePorts(); }
+
 void connectEmulatedHost() {
     chassis::Lab::instance();  // installs the emulated chassis as the equipment
+    static bool live = [] {
+        live::installLivePorts();
+        // At exit every live session ends cleanly and the engine thread is joined.
+        Tcl_CreateExitHandler(stopLivePorts, nullptr);
+        return true;
+    }();
+    (void)live;
     ZkProtocolHostTable table{};
     table.version = unsigned(ProtocolTCLAPIVersion());
     table.log = chassisLog;

@@ -5,6 +5,8 @@
 // writing in pieces. The output is read back with the decoder.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -119,6 +121,7 @@ struct PrefixCase {
     size_t total;
     Prefix firstPrefix, lastPrefix;
 };
+void PrintTo(const PrefixCase& c, std::ostream* os) { *os << c.name; }
 
 Prefix p4(const char* text, uint8_t len) { return Prefix::v4(v4(text).GetV4(), len); }
 Prefix p6(std::string_view hexBytes, uint8_t len) {
@@ -178,6 +181,7 @@ struct PackingCase {
     uint32_t routes;  // /24s: 4 bytes each
     size_t messages;
 };
+void PrintTo(const PackingCase& c, std::ostream* os) { *os << c.name; }
 
 class BuilderPackingTest : public ::testing::TestWithParam<PackingCase> {};
 
@@ -227,6 +231,7 @@ struct AttributeCase {
     std::function<void(hal::EBGP::ConfigRouteRange&)> set;
     std::function<void(const PathAttributes&)> check;
 };
+void PrintTo(const AttributeCase& c, std::ostream* os) { *os << c.name; }
 
 hal::EBGP::ConfigAsPathSegment segment(uint8_t type, std::vector<uint16_t> ases) {
     hal::EBGP::ConfigAsPathSegment s;

@@ -2,6 +2,8 @@
 // strings written from RFC 4271, 4760, 2918, 6793, 4724, 8654 and 7313.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "bgp_hex.h"
 #include "engine/bgp/message.h"
 
@@ -19,6 +21,7 @@ struct HeaderCase {
     size_t maxSize;
     std::optional<Notification> error;  // nullopt: accepted
 };
+void PrintTo(const HeaderCase& c, std::ostream* os) { *os << c.name; }
 
 Bytes withHeader(std::string_view marker, uint16_t length, uint8_t type, size_t bodySize) {
     Bytes b = hex(marker);
@@ -134,6 +137,7 @@ struct OpenErrorCase {
     Bytes body;
     Notification error;
 };
+void PrintTo(const OpenErrorCase& c, std::ostream* os) { *os << c.name; }
 
 class OpenErrorTest : public ::testing::TestWithParam<OpenErrorCase> {};
 
@@ -179,6 +183,7 @@ struct NegotiateCase {
     uint16_t hold;
     std::vector<AfiSafi> families;
 };
+void PrintTo(const NegotiateCase& c, std::ostream* os) { *os << c.name; }
 
 Open openWith(bool as4, bool ext, uint16_t hold, std::vector<AfiSafi> mp) {
     Open o;

@@ -3,6 +3,8 @@
 // and its size for a million routes.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <cstdio>
 
 #include "bgp_hex.h"
@@ -160,6 +162,7 @@ struct FilterCase {
     Prefix prefix;
     bool kept;
 };
+void PrintTo(const FilterCase& c, std::ostream* os) { *os << c.name; }
 
 RibFilter filterOf(bool enabled, uint8_t family, bool usePrefixFilters,
                    std::vector<hal::EBGP::ConfigPrefixFilter> prefixFilters = {}) {

@@ -3,6 +3,8 @@
 // of malformed attribute.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "bgp_hex.h"
 #include "engine/bgp/update.h"
 
@@ -177,6 +179,7 @@ struct Rfc7606Case {
     bool internal = true;
     std::string resetData = "";
 };
+void PrintTo(const Rfc7606Case& c, std::ostream* os) { *os << c.name; }
 
 class Rfc7606Test : public ::testing::TestWithParam<Rfc7606Case> {};
 
@@ -271,6 +274,7 @@ struct FieldErrorCase {
     Bytes body;
     uint8_t subcode;
 };
+void PrintTo(const FieldErrorCase& c, std::ostream* os) { *os << c.name; }
 
 class UpdateFieldTest : public ::testing::TestWithParam<FieldErrorCase> {};
 

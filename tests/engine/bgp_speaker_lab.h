@@ -24,8 +24,8 @@ using namespace engine::bgp;
 inline hal::EIPAddress ip(const char* text) {
     const IpAddress a = *IpAddress::parse(text);
     if (a.isV6()) return hal::EIPAddress::FromV6(a.bytes);
-    return hal::EIPAddress::FromV4(uint32_t(a.bytes[0]) << 24 | uint32_t(a.bytes[1]) << 16 |
-                                   uint32_t(a.bytes[2]) << 8 | a.bytes[3]);
+    return hal::EIPAddress::FromV4(uint32_t(a.bytes[0]) << 24 | uint32_t(a.bytes[1]) << 16 | uint32_t(a.bytes[2]) << 8 |
+                                   a.bytes[3]);
 }
 
 class Lab {
@@ -112,17 +112,19 @@ private:
 // records every message the speaker sends it.
 class Scripted {
 public:
-    Scripted(Lab& lab, const char* address, uint32_t as, uint32_t id, uint16_t hold = 9) : lab_(lab) {
+    Scripted(Lab& lab, const char* address, uint32_t as, uint32_t id, uint16_t hold = 9)
+        : lab_(lab), keepaliveTimer_(lab.reactor) {
         open = makeOpen(as, hold, id);
         open.caps.multiprotocol = {kIpv4Unicast, kIpv6Unicast};
         open.caps.routeRefresh = true;
-        handle_ = lab.listen(*IpAddress::parse(address), [this](const IpAddress&, std::unique_ptr<Stream> s) {
-            adopt(std::move(s));
-        });
+        handle_ = lab.listen(*IpAddress::parse(address),
+                             [this](const IpAddress&, std::unique_ptr<Stream> s) { adopt(std::move(s)); });
     }
 
     Open open;
-    bool answer = true;  // sends OPEN and KEEPALIVE when connected to
+    bool answer = true;      // sends OPEN and KEEPALIVE when connected to
+    bool keepalives = true;  // and a KEEPALIVE every 3 s after
+    bool reads = true;       // false: never reads what it is sent
     std::vector<Bytes> got;
     std::unique_ptr<Stream> stream;
     bool closed = false;
@@ -143,9 +145,13 @@ public:
             }
         };
         stream->onClosed = [this](std::error_code) { closed = true; };
+        if (!reads) stream->pauseReading(true);
         if (answer) {
             send(encodeOpen(open));
             send(encodeKeepalive());
+            keepaliveTimer_.startPeriodic(3s, [this] {
+                if (keepalives && stream && stream->open()) send(encodeKeepalive());
+            });
         }
     }
     void send(const Bytes& b) {
@@ -176,6 +182,7 @@ public:
 
 private:
     Lab& lab_;
+    engine::Timer keepaliveTimer_;
     std::shared_ptr<void> handle_;
     Bytes buffer_;
 };

@@ -139,29 +139,29 @@ hal::EBGP::ConfigRouteRange withAttributes() {
 
 INSTANTIATE_TEST_SUITE_P(
     Ranges, SpeakerRoutes,
-    ::testing::Values(
-        RouteCase{"ExternalV4", false, range("20.0.0.0", 1000), 1000,
-                  [](const hal::EBGP::LearnedRoute& r) {
-                      EXPECT_EQ(r.network.ToString(), "20.0.0.0");
-                      EXPECT_EQ(r.prefixLength, 24);
-                      EXPECT_EQ(r.nextHop.ToString(), kA) << "next hop: the local address";
-                      EXPECT_EQ(r.asPath, std::vector<uint16_t>{65001}) << "our AS in front";
-                  }},
-        RouteCase{"InternalWithAttributes", true, withAttributes(), 300,
-                  [](const hal::EBGP::LearnedRoute& r) {
-                      EXPECT_EQ(r.origin, 2);
-                      EXPECT_EQ(r.med, 77u);
-                      EXPECT_EQ(r.localPreference, 250u) << "LOCAL_PREF goes to internal peers";
-                      EXPECT_EQ(r.communities, (std::vector<uint32_t>{0xFDE80001u, 0xFFFFFF01u}));
-                      EXPECT_TRUE(r.asPath.empty()) << "no AS added towards an internal peer";
-                  }},
-        RouteCase{"SeveralLengths", false,
-                  [] {
-                      auto r = range("30.0.0.0", 50, 16);
-                      r.thruPrefix = 20;
-                      return r;
-                  }(),
-                  250, [](const hal::EBGP::LearnedRoute& r) { EXPECT_EQ(r.network.ToString(), "30.0.0.0"); }}),
+    ::testing::Values(RouteCase{"ExternalV4", false, range("20.0.0.0", 1000), 1000,
+                                [](const hal::EBGP::LearnedRoute& r) {
+                                    EXPECT_EQ(r.network.ToString(), "20.0.0.0");
+                                    EXPECT_EQ(r.prefixLength, 24);
+                                    EXPECT_EQ(r.nextHop.ToString(), kA) << "next hop: the local address";
+                                    EXPECT_EQ(r.asPath, std::vector<uint16_t>{65001}) << "our AS in front";
+                                }},
+                      RouteCase{"InternalWithAttributes", true, withAttributes(), 300,
+                                [](const hal::EBGP::LearnedRoute& r) {
+                                    EXPECT_EQ(r.origin, 2);
+                                    EXPECT_EQ(r.med, 77u);
+                                    EXPECT_EQ(r.localPreference, 250u) << "LOCAL_PREF goes to internal peers";
+                                    EXPECT_EQ(r.communities, (std::vector<uint32_t>{0xFDE80001u, 0xFFFFFF01u}));
+                                    EXPECT_TRUE(r.asPath.empty()) << "no AS added towards an internal peer";
+                                }},
+                      RouteCase{"SeveralLengths", false,
+                                [] {
+                                    auto r = range("30.0.0.0", 50, 16);
+                                    r.thruPrefix = 20;
+                                    return r;
+                                }(),
+                                250,
+                                [](const hal::EBGP::LearnedRoute& r) { EXPECT_EQ(r.network.ToString(), "30.0.0.0"); }}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Speaker, AnIPv6RangeGoesInMultiprotocolReach) {
@@ -184,10 +184,10 @@ TEST(Speaker, AnIPv6RangeGoesInMultiprotocolReach) {
 struct ChangeCase {
     const char* name;
     std::function<void(hal::EBGP::ConfigNeighbor&)> change;
-    size_t learned;       // routes B holds afterwards
-    uint64_t withdrawn;   // prefixes A withdrew
-    uint32_t med;         // of B's first route
-    bool reset;           // the session is started again
+    size_t learned;      // routes B holds afterwards
+    uint64_t withdrawn;  // prefixes A withdrew
+    uint32_t med;        // of B's first route
+    bool reset;          // the session is started again
 };
 
 std::ostream& operator<<(std::ostream& os, const ChangeCase& c) { return os << c.name; }
@@ -237,8 +237,8 @@ INSTANTIATE_TEST_SUITE_P(
                        n.routeRanges.At(0)->med = 5;
                    },
                    150, 0, 5, false},
-        ChangeCase{"RangeShrunkWithdrawsTheRest",
-                   [](auto& n) { n.routeRanges.At(0)->numberOfRoutes = 40; }, 90, 100, 0, false},
+        ChangeCase{"RangeShrunkWithdrawsTheRest", [](auto& n) { n.routeRanges.At(0)->numberOfRoutes = 40; }, 90, 100, 0,
+                   false},
         ChangeCase{"HoldTimeChangedResetsTheSession", [](auto& n) { n.holdTime = 30; }, 150, 0, 0, true}),
     [](const auto& info) { return std::string(info.param.name); });
 

@@ -5,8 +5,8 @@
 #include <deque>
 #include <optional>
 #include <set>
-#include <tuple>
 #include <system_error>
+#include <tuple>
 
 #include "engine/bgp/builder.h"
 #include "engine/bgp/fsm.h"
@@ -71,9 +71,8 @@ Settings settingsOf(const hal::EBGP::ConfigNeighbor& n, const hal::EBGPServer& s
     s.restartTime = uint16_t(uint32_t(n.restartTime));
     s.staleTime = n.staleTime;
     const std::pair<bool, AfiSafi> families[] = {
-        {n.ipV4Unicast, kIpv4Unicast}, {n.ipV4Multicast, {1, 2}}, {n.ipV4Mpls, {1, 4}},
-        {n.ipV4MplsVpn, {1, 128}},     {n.ipV6Unicast, kIpv6Unicast}, {n.ipV6Multicast, {2, 2}},
-        {n.ipV6Mpls, {2, 4}},          {n.ipV6MplsVpn, {2, 128}}};
+        {n.ipV4Unicast, kIpv4Unicast}, {n.ipV4Multicast, {1, 2}}, {n.ipV4Mpls, {1, 4}}, {n.ipV4MplsVpn, {1, 128}},
+        {n.ipV6Unicast, kIpv6Unicast}, {n.ipV6Multicast, {2, 2}}, {n.ipV6Mpls, {2, 4}}, {n.ipV6MplsVpn, {2, 128}}};
     for (const auto& [on, f] : families)
         if (on) s.families.push_back(f);
     if (s.internal && n.internalTable.enabled) {
@@ -223,7 +222,7 @@ struct Conn {
     std::unique_ptr<Fsm> fsm;
     std::unique_ptr<Stream> stream;
     engine::Timer timers[4];  // by bgp::Timer
-    bool outgoing = true;      // the stream is one we opened
+    bool outgoing = true;     // the stream is one we opened
     bool suppressConnect = false;
     bool losing = false;  // closed by collision resolution
     Bytes early;          // bytes that came before the connection was reported up
@@ -417,9 +416,8 @@ void Speaker::Impl::updateListeners() {
         if (listeners.count(local) && listeners[local]) continue;
         const IpAddress at = local;
         std::shared_ptr<void> l = transport->listen(
-            at, kBgpPort, keys, [this, at](const IpAddress& peer, std::unique_ptr<Stream> s) {
-                onAccept(at, peer, std::move(s));
-            });
+            at, kBgpPort, keys,
+            [this, at](const IpAddress& peer, std::unique_ptr<Stream> s) { onAccept(at, peer, std::move(s)); });
         if (!l) lastError = transport->lastError();
         listeners[local] = std::move(l);
         listenerKeys[local] = keys;
@@ -606,7 +604,9 @@ void Speaker::Impl::run(Neighbor& n, Conn& c, std::vector<Action> actions) {
                 });
             }
             break;
-        case Action::Kind::Close: retireStream(c, false); break;
+        case Action::Kind::Close:
+            retireStream(c, false);
+            break;
         case Action::Kind::StartTimer: {
             const Timer t = a.timer;
             Conn* const cp = &c;
@@ -615,10 +615,18 @@ void Speaker::Impl::run(Neighbor& n, Conn& c, std::vector<Action> actions) {
                                       [this, np, cp, t] { run(*np, *cp, cp->fsm->timerExpired(t)); });
             break;
         }
-        case Action::Kind::StopTimer: c.timers[size_t(a.timer)].cancel(); break;
-        case Action::Kind::Established: onEstablished(n, c); break;
-        case Action::Kind::Received: onReceived(n, c, a); break;
-        case Action::Kind::Down: onDown(n, c, a.notification); break;
+        case Action::Kind::StopTimer:
+            c.timers[size_t(a.timer)].cancel();
+            break;
+        case Action::Kind::Established:
+            onEstablished(n, c);
+            break;
+        case Action::Kind::Received:
+            onReceived(n, c, a);
+            break;
+        case Action::Kind::Down:
+            onDown(n, c, a.notification);
+            break;
         }
     }
     if (!alive.expired() && n.other && c.fsm->state() == State::OpenConfirm) resolveCollision(n);
@@ -762,10 +770,10 @@ void Speaker::Impl::onReceived(Neighbor& n, Conn& c, Action& a) {
                                    u.attributes.mpUnreach ? &u.attributes.mpUnreach->withdrawn : nullptr}) {
                 if (!mp) continue;
                 Update m;
-                m.attributes.mpUnreach = MpUnreach{
-                    u.attributes.mpReach && mp == &u.attributes.mpReach->nlri ? u.attributes.mpReach->family
-                                                                               : u.attributes.mpUnreach->family,
-                    *mp};
+                m.attributes.mpUnreach = MpUnreach{u.attributes.mpReach && mp == &u.attributes.mpReach->nlri
+                                                       ? u.attributes.mpReach->family
+                                                       : u.attributes.mpUnreach->family,
+                                                   *mp};
                 n.stale->apply(m);
             }
         }
@@ -1059,8 +1067,8 @@ void Speaker::stop(std::function<void()> done) {
     const Time deadline = m.reactor.now() + kFlushGrace;
     auto check = std::make_shared<std::function<void()>>();
     *check = [&m, deadline, done, check] {
-        const bool flushed = std::all_of(m.retired.begin(), m.retired.end(),
-                                         [](const Impl::Retired& r) { return r.stream->closed(); });
+        const bool flushed =
+            std::all_of(m.retired.begin(), m.retired.end(), [](const Impl::Retired& r) { return r.stream->closed(); });
         if (!flushed && m.reactor.now() < deadline) {
             m.flushTimer.start(10ms, *check);
             return;

@@ -44,7 +44,7 @@
 namespace engine::bgp {
 
 struct Place {
-    std::string netns;   // "": the process's own namespace
+    std::string netns;  // "": the process's own namespace
     std::string ifname;
 };
 
@@ -92,11 +92,10 @@ inline constexpr int kOurIp = 0, kPeerIp = 1, kOurAs = 2, kPeerAs = 3, kOurId = 
                      kUpdateInvalidOrigin = 48, kUpdateAsRoutingLoop = 49, kUpdateInvalidNextHop = 50,
                      kUpdateOptionalAttribute = 51, kUpdateInvalidNetworkField = 52, kUpdateMalformedAsPath = 53,
                      kUpdateUnspecified = 54, kHeaderErrorSent = 55, kHeaderErrorReceived = 56,
-                     kHeaderNotSynchronized = 57, kHeaderBadLength = 58, kHeaderBadType = 59,
-                     kHeaderUnspecified = 60, kUnspecifiedErrorSent = 61, kUnspecifiedErrorReceived = 62,
-                     kActiveOn = 63, kStarts = 64, kState = 65, kConnectsReceived = 66, kConnectsAccepted = 67,
-                     kGracefulRestartsAttempted = 68, kGracefulRestartsFailed = 69,
-                     kRoutesBeforeStaleTimerExpired = 70;
+                     kHeaderNotSynchronized = 57, kHeaderBadLength = 58, kHeaderBadType = 59, kHeaderUnspecified = 60,
+                     kUnspecifiedErrorSent = 61, kUnspecifiedErrorReceived = 62, kActiveOn = 63, kStarts = 64,
+                     kState = 65, kConnectsReceived = 66, kConnectsAccepted = 67, kGracefulRestartsAttempted = 68,
+                     kGracefulRestartsFailed = 69, kRoutesBeforeStaleTimerExpired = 70;
 inline constexpr int kCount = 71;
 }  // namespace stat
 

@@ -381,6 +381,20 @@ TEST(Fsm, TreatAsWithdrawKeepsTheSession) {
     EXPECT_TRUE(delivered);
 }
 
+TEST(Fsm, UpdatesSentAreCountedAndPutOffTheKeepalive) {
+    Counters counters;
+    auto early = machineIn(State::OpenSent, counters);
+    EXPECT_TRUE(early->updateSent(5).empty());
+    EXPECT_EQ(sentOf(counters, MessageType::Update), 0u);
+    auto f = machineIn(State::Established, counters);
+    auto acts = f->updateSent(5);
+    EXPECT_EQ(sentOf(counters, MessageType::Update), 5u);
+    ASSERT_EQ(acts.size(), 1u);
+    EXPECT_EQ(acts[0].kind, Action::Kind::StartTimer);
+    EXPECT_EQ(acts[0].timer, Timer::Keepalive);
+    EXPECT_EQ(acts[0].seconds, 3u);
+}
+
 TEST(Fsm, NotificationReceivedEndsTheSessionQuietly) {
     Counters counters;
     auto f = machineIn(State::Established, counters);

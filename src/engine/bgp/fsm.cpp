@@ -207,10 +207,10 @@ std::vector<Action> Fsm::timerExpired(Timer t) {
     return take();
 }
 
-std::vector<Action> Fsm::updateSent() {
-    if (state_ == State::Established) {
-        bump(counters_.sent[0]);
-        bump(counters_.sent[size_t(MessageType::Update)]);
+std::vector<Action> Fsm::updateSent(uint64_t messages) {
+    if (state_ == State::Established && messages > 0) {
+        bump(counters_.sent[0], messages);
+        bump(counters_.sent[size_t(MessageType::Update)], messages);
         if (uint32_t k = keepaliveSeconds()) startTimer(Timer::Keepalive, k);
     }
     return take();

@@ -100,8 +100,9 @@ public:
     std::vector<Action> connectionFailed();  // refused, reset or closed by the peer
     std::vector<Action> timerExpired(Timer t);
     std::vector<Action> received(ByteView bytes);  // from the stream, in any pieces
-    // The speaker sent an UPDATE: the keepalive timer starts again.
-    std::vector<Action> updateSent();
+    // The speaker sent UPDATEs (it writes them itself, straight from the
+    // encoder): they are counted and the keepalive timer starts again.
+    std::vector<Action> updateSent(uint64_t messages = 1);
 
 private:
     void to(State s);

@@ -16,7 +16,9 @@ using hal::EIPAddress;
 
 namespace {
 
-EIPAddress v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d) { return EIPAddress::FromV4(uint32_t(a) << 24 | b << 16 | c << 8 | d); }
+EIPAddress v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d) {
+    return EIPAddress::FromV4(uint32_t(a) << 24 | b << 16 | c << 8 | d);
+}
 EIPAddress v6(std::string_view hexBytes) {
     std::array<uint8_t, 16> b{};
     Bytes h = bgptest::hex(hexBytes);
@@ -199,8 +201,9 @@ INSTANTIATE_TEST_SUITE_P(
         FilterCase{"outside_the_prefix", filterOf(true, 0, true, {k10_8}), 1, p4(11, 0, 0, 0, 24), false},
         FilterCase{"exact_the_prefix", filterOf(true, 0, true, {k10_8exact}), 1, p4(10, 0, 0, 0, 8), true},
         FilterCase{"exact_longer", filterOf(true, 0, true, {k10_8exact}), 1, p4(10, 2, 0, 0, 16), false},
-        FilterCase{"prefix_filter_of_another_family", filterOf(true, 0, true, {prefixFilter(2, v4(10, 0, 0, 0), 8, false)}),
-                   1, p4(10, 2, 0, 0, 16), false},
+        FilterCase{"prefix_filter_of_another_family",
+                   filterOf(true, 0, true, {prefixFilter(2, v4(10, 0, 0, 0), 8, false)}), 1, p4(10, 2, 0, 0, 16),
+                   false},
         FilterCase{"any_of_several", filterOf(true, 0, true, {k10_8exact, prefixFilter(1, v4(20, 0, 0, 0), 16, false)}),
                    1, p4(20, 0, 9, 0, 24), true},
         FilterCase{"no_prefix_filters_keep_nothing", filterOf(true, 0, true, {}), 1, p4(10, 0, 0, 0, 8), false},

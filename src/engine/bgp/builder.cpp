@@ -89,7 +89,8 @@ PathAttributes rangeAttributes(const hal::EBGP::ConfigRoutes& r, const EncodeSes
                 path.front().asns.insert(path.front().asns.begin(), pathAs);
             else path.insert(path.begin(), AsSegment{2, {pathAs}});
             break;
-        default: break;
+        default:
+            break;
         }
     }
     a.asPath = std::move(path);

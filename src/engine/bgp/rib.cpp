@@ -9,11 +9,16 @@ uint8_t familyCode(AfiSafi f) {
     uint8_t base = f.afi == 1 ? 0 : f.afi == 2 ? 4 : 0xff;
     if (base == 0xff) return 0;
     switch (f.safi) {
-    case 1: return uint8_t(base + 1);
-    case 2: return uint8_t(base + 2);
-    case 4: return uint8_t(base + 3);
-    case 128: return uint8_t(base + 4);
-    default: return 0;
+    case 1:
+        return uint8_t(base + 1);
+    case 2:
+        return uint8_t(base + 2);
+    case 4:
+        return uint8_t(base + 3);
+    case 128:
+        return uint8_t(base + 4);
+    default:
+        return 0;
     }
 }
 
@@ -59,7 +64,7 @@ bool RibFilter::accepts(uint8_t fam, const Prefix& p) const {
 
 struct AdjRibIn::AttrSet {
     uint32_t refs = 0;
-    std::string key;  // the attributes as encoded, and the next hop
+    std::string key;                // the attributes as encoded, and the next hop
     hal::EBGP::LearnedRoute route;  // the shared part of every route using it
 };
 
@@ -318,7 +323,8 @@ AdjRibIn::Applied AdjRibIn::apply(const Update& u) {
             std::copy_n(nh.begin(), 16, b.begin());
             addr = hal::EIPAddress::FromV6(b);
         } else if (nh.size() == 4) {
-            addr = hal::EIPAddress::FromV4(uint32_t(nh[0]) << 24 | uint32_t(nh[1]) << 16 | uint32_t(nh[2]) << 8 | nh[3]);
+            addr =
+                hal::EIPAddress::FromV4(uint32_t(nh[0]) << 24 | uint32_t(nh[1]) << 16 | uint32_t(nh[2]) << 8 | nh[3]);
         }
         store(familyCode(a.mpReach->family), a.mpReach->nlri, addr);
     }
@@ -329,9 +335,11 @@ size_t AdjRibIn::memoryBytes() const {
     size_t n = v4_->bytes() + sizeof(*this);
     // A node of the map holds the key, the value and a next pointer, with
     // the hash cached; plus the bucket array.
-    n += other_.size() * (sizeof(OtherKey) + sizeof(uint32_t) + 2 * sizeof(void*)) + other_.bucket_count() * sizeof(void*);
+    n += other_.size() * (sizeof(OtherKey) + sizeof(uint32_t) + 2 * sizeof(void*)) +
+         other_.bucket_count() * sizeof(void*);
     n += sets_.capacity() * sizeof(void*) + free_.capacity() * sizeof(uint32_t);
-    n += interned_.size() * (sizeof(std::string_view) + 8 + 2 * sizeof(void*)) + interned_.bucket_count() * sizeof(void*);
+    n += interned_.size() * (sizeof(std::string_view) + 8 + 2 * sizeof(void*)) +
+         interned_.bucket_count() * sizeof(void*);
     for (const auto& s : sets_) {
         if (!s) continue;
         n += sizeof(AttrSet) + s->key.capacity() + s->route.asPath.capacity() * 2 + s->route.communities.capacity() * 4;

@@ -113,7 +113,7 @@ PathAttributes rangeAttributes(const hal::EBGP::ConfigRoutes& r, const EncodeSes
     return a;
 }
 
-UpdateEncoder::UpdateEncoder(EncodeSession s, Kind kind) : s_(std::move(s)), kind_(kind) {
+UpdateEncoder::UpdateEncoder(const EncodeSession& s, Kind kind) : s_(s), kind_(kind) {
     s_.maxMessage = std::clamp<size_t>(s_.maxMessage, kMaxMessage, kMaxExtendedMessage);
 }
 

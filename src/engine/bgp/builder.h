@@ -68,7 +68,7 @@ uint64_t rangePrefixCount(const hal::EBGP::ConfigRoutes& r);
 class UpdateEncoder {
 public:
     enum class Kind { Announce, Withdraw };
-    UpdateEncoder(EncodeSession s, Kind kind);
+    UpdateEncoder(const EncodeSession& s, Kind kind);
 
     // Adds a range; false when the session cannot carry it (an IPv4 route
     // with only an IPv6 next hop, a disabled range), with the reason in

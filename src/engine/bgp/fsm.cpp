@@ -98,7 +98,7 @@ std::vector<Action> Fsm::start() {
 
 // The end of a session other than by stop: the NOTIFICATION we send, or
 // the one the peer sent, then a restart after the retry delay if allowed.
-void Fsm::fail(std::optional<Notification> sent, std::optional<Notification> received) {
+void Fsm::fail(const std::optional<Notification>& sent, const std::optional<Notification>& received) {
     if (sent) sendNotification(*sent);
     emit(Action::Kind::Close);
     for (Timer t : {Timer::ConnectRetry, Timer::Hold, Timer::Keepalive}) stopTimer(t);

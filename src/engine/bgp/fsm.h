@@ -112,7 +112,7 @@ private:
     void stopTimer(Timer t);
     void connect();
     bool exhausted() const;  // every connect attempt allowed was made
-    void fail(std::optional<Notification> sent, std::optional<Notification> received);
+    void fail(const std::optional<Notification>& sent, const std::optional<Notification>& received);
     void onMessage(ByteView msg, MessageType type);
     void onOpen(ByteView msg);
     uint32_t keepaliveSeconds() const;

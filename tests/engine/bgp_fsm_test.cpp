@@ -122,13 +122,21 @@ private:
                     }
                 }
                 break;
-            case Action::Kind::StartTimer: me.timers[a.timer] = now_ + uint64_t(a.seconds) * 1000; break;
-            case Action::Kind::StopTimer: me.timers.erase(a.timer); break;
-            case Action::Kind::Established: ++me.established; break;
+            case Action::Kind::StartTimer:
+                me.timers[a.timer] = now_ + uint64_t(a.seconds) * 1000;
+                break;
+            case Action::Kind::StopTimer:
+                me.timers.erase(a.timer);
+                break;
+            case Action::Kind::Established:
+                ++me.established;
+                break;
             case Action::Kind::Received:
                 if (a.update) me.updates.push_back(*a.update);
                 break;
-            case Action::Kind::Down: me.downs.push_back(a.notification); break;
+            case Action::Kind::Down:
+                me.downs.push_back(a.notification);
+                break;
             }
         }
     }
@@ -174,14 +182,13 @@ TEST_P(FsmUpTest, ComesUpAndStaysUp) {
     EXPECT_EQ(receivedOf(w[1].counters, MessageType::Keepalive), c.keepalivesA);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Timers, FsmUpTest,
-    ::testing::Values(UpCase{"hold_9_keepalive_every_3", 9, 90, 0, false, 1 + 33},
-                      UpCase{"keepalive_set_below_a_third", 9, 9, 2, false, 1 + 50},
-                      UpCase{"keepalive_set_above_a_third_is_cut", 9, 9, 30, true, 1 + 33},
-                      UpCase{"hold_0_no_keepalives", 0, 0, 0, false, 1},
-                      UpCase{"one_side_hold_0", 0, 90, 0, true, 1}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Timers, FsmUpTest,
+                         ::testing::Values(UpCase{"hold_9_keepalive_every_3", 9, 90, 0, false, 1 + 33},
+                                           UpCase{"keepalive_set_below_a_third", 9, 9, 2, false, 1 + 50},
+                                           UpCase{"keepalive_set_above_a_third_is_cut", 9, 9, 30, true, 1 + 33},
+                                           UpCase{"hold_0_no_keepalives", 0, 0, 0, false, 1},
+                                           UpCase{"one_side_hold_0", 0, 90, 0, true, 1}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Fsm, HoldTimerExpiresWhenThePeerFallsSilentThenRestarts) {
     Wire w(config(65001, 65002, 1), config(65002, 65001, 2, 9, false));
@@ -351,14 +358,18 @@ INSTANTIATE_TEST_SUITE_P(
     Table, FsmHostileTest,
     ::testing::Values(
         HostileCase{"bad_marker", State::Established, withMarker(encodeKeepalive(), 0x7f), {1, 1, {}}},
-        HostileCase{"length_past_4096", State::Established,
-                    hex("ffffffffffffffffffffffffffffffff 1388 02"), {1, 2, {0x13, 0x88}}},
-        HostileCase{"unknown_type", State::Established, hex("ffffffffffffffffffffffffffffffff 0013 09"),
-                    {1, 3, {0x09}}},
-        HostileCase{"update_fields_past_the_message", State::Established, message(2, hex("0010 10 0a01 0000")),
-                    {3, 1, {}}},
+        HostileCase{"length_past_4096",
+                    State::Established,
+                    hex("ffffffffffffffffffffffffffffffff 1388 02"),
+                    {1, 2, {0x13, 0x88}}},
+        HostileCase{
+            "unknown_type", State::Established, hex("ffffffffffffffffffffffffffffffff 0013 09"), {1, 3, {0x09}}},
+        HostileCase{
+            "update_fields_past_the_message", State::Established, message(2, hex("0010 10 0a01 0000")), {3, 1, {}}},
         HostileCase{"open_in_established", State::Established, encodeOpen(makeOpen(65002, 9, 2)), {5, 3, {}}},
-        HostileCase{"route_refresh_of_24_bytes", State::Established, message(5, hex("0001 00 01 00")),
+        HostileCase{"route_refresh_of_24_bytes",
+                    State::Established,
+                    message(5, hex("0001 00 01 00")),
                     {7, 1, message(5, hex("0001 00 01 00"))}},
         HostileCase{"update_in_open_sent", State::OpenSent, encodeEndOfRib(kIpv4Unicast), {5, 1, {}}},
         HostileCase{"keepalive_in_open_sent", State::OpenSent, encodeKeepalive(), {5, 1, {}}},
@@ -377,8 +388,23 @@ TEST(Fsm, TreatAsWithdrawKeepsTheSession) {
     EXPECT_EQ(counters.routesWithdrawnReceived.load(), 1u);
     EXPECT_EQ(counters.routesAdvertisedReceived.load(), 0u);
     bool delivered = false;
-    for (const Action& a : acts) delivered |= a.kind == Action::Kind::Received && a.update->action == ErrorAction::TreatAsWithdraw;
+    for (const Action& a : acts)
+        delivered |= a.kind == Action::Kind::Received && a.update->action == ErrorAction::TreatAsWithdraw;
     EXPECT_TRUE(delivered);
+}
+
+TEST(Fsm, UpdatesSentAreCountedAndPutOffTheKeepalive) {
+    Counters counters;
+    auto early = machineIn(State::OpenSent, counters);
+    EXPECT_TRUE(early->updateSent(5).empty());
+    EXPECT_EQ(sentOf(counters, MessageType::Update), 0u);
+    auto f = machineIn(State::Established, counters);
+    auto acts = f->updateSent(5);
+    EXPECT_EQ(sentOf(counters, MessageType::Update), 5u);
+    ASSERT_EQ(acts.size(), 1u);
+    EXPECT_EQ(acts[0].kind, Action::Kind::StartTimer);
+    EXPECT_EQ(acts[0].timer, Timer::Keepalive);
+    EXPECT_EQ(acts[0].seconds, 3u);
 }
 
 TEST(Fsm, NotificationReceivedEndsTheSessionQuietly) {

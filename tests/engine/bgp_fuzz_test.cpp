@@ -96,7 +96,9 @@ Bytes mutate(Bytes m, std::mt19937_64& rng) {
         case 2:
             if (!m.empty()) m[pick(m.size())] = (rng() & 1) ? 0xff : 0x00;
             break;
-        case 3: m.resize(pick(m.size() + 1)); break;
+        case 3:
+            m.resize(pick(m.size() + 1));
+            break;
         case 4:
             for (size_t n = 1 + pick(40); n > 0; --n) m.push_back(uint8_t(rng()));
             break;

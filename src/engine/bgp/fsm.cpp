@@ -20,7 +20,9 @@ constexpr uint8_t kUnexpectedInOpenSent = 1, kUnexpectedInOpenConfirm = 2, kUnex
 
 }  // namespace
 
-uint64_t Counters::notificationsSentOf(uint8_t code) const { return sumRow(notificationsSent[std::min<uint8_t>(code, 7)]); }
+uint64_t Counters::notificationsSentOf(uint8_t code) const {
+    return sumRow(notificationsSent[std::min<uint8_t>(code, 7)]);
+}
 uint64_t Counters::notificationsReceivedOf(uint8_t code) const {
     return sumRow(notificationsReceived[std::min<uint8_t>(code, 7)]);
 }
@@ -96,7 +98,7 @@ std::vector<Action> Fsm::start() {
 
 // The end of a session other than by stop: the NOTIFICATION we send, or
 // the one the peer sent, then a restart after the retry delay if allowed.
-void Fsm::fail(std::optional<Notification> sent, std::optional<Notification> received) {
+void Fsm::fail(const std::optional<Notification>& sent, const std::optional<Notification>& received) {
     if (sent) sendNotification(*sent);
     emit(Action::Kind::Close);
     for (Timer t : {Timer::ConnectRetry, Timer::Hold, Timer::Keepalive}) stopTimer(t);
@@ -141,8 +143,11 @@ std::vector<Action> Fsm::connected() {
         startTimer(Timer::Hold, cfg_.openHoldTime);
         to(State::OpenSent);
         break;
-    case State::Idle: emit(Action::Kind::Close); break;
-    default: break;  // one connection at a time: the driver refuses a second
+    case State::Idle:
+        emit(Action::Kind::Close);
+        break;
+    default:
+        break;  // one connection at a time: the driver refuses a second
     }
     return take();
 }
@@ -164,8 +169,11 @@ std::vector<Action> Fsm::connectionFailed() {
         to(State::Active);
         break;
     case State::OpenConfirm:
-    case State::Established: fail(std::nullopt, std::nullopt); break;
-    case State::Idle: break;
+    case State::Established:
+        fail(std::nullopt, std::nullopt);
+        break;
+    case State::Idle:
+        break;
     }
     return take();
 }
@@ -207,10 +215,10 @@ std::vector<Action> Fsm::timerExpired(Timer t) {
     return take();
 }
 
-std::vector<Action> Fsm::updateSent() {
-    if (state_ == State::Established) {
-        bump(counters_.sent[0]);
-        bump(counters_.sent[size_t(MessageType::Update)]);
+std::vector<Action> Fsm::updateSent(uint64_t messages) {
+    if (state_ == State::Established && messages > 0) {
+        bump(counters_.sent[0], messages);
+        bump(counters_.sent[size_t(MessageType::Update)], messages);
         if (uint32_t k = keepaliveSeconds()) startTimer(Timer::Keepalive, k);
     }
     return take();
@@ -269,8 +277,10 @@ void Fsm::onMessage(ByteView msg, MessageType type) {
         bump(counters_.establishedTransitions);
         emit(Action::Kind::Established);
         return;
-    case State::Established: break;
-    default: return;
+    case State::Established:
+        break;
+    default:
+        return;
     }
     switch (type) {
     case MessageType::Keepalive:
@@ -307,7 +317,9 @@ void Fsm::onMessage(ByteView msg, MessageType type) {
         emit(Action::Kind::Received).refresh = r.value();
         return;
     }
-    default: fail(notification(err::kFsm, kUnexpectedInEstablished), std::nullopt); return;
+    default:
+        fail(notification(err::kFsm, kUnexpectedInEstablished), std::nullopt);
+        return;
     }
 }
 

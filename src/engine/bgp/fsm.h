@@ -36,13 +36,13 @@ struct Counters {
     std::array<std::atomic<uint64_t>, 6> received{};  // the same, received
     std::array<std::array<std::atomic<uint64_t>, 16>, 8> notificationsSent{};
     std::array<std::array<std::atomic<uint64_t>, 16>, 8> notificationsReceived{};
-    std::atomic<uint32_t> lastErrorSent{0};      // code << 8 | subcode of the last NOTIFICATION
+    std::atomic<uint32_t> lastErrorSent{0};  // code << 8 | subcode of the last NOTIFICATION
     std::atomic<uint32_t> lastErrorReceived{0};
     std::atomic<uint8_t> state{uint8_t(State::Idle)};
-    std::atomic<uint64_t> starts{0};             // sessions started (by start or by a restart)
+    std::atomic<uint64_t> starts{0};  // sessions started (by start or by a restart)
     std::atomic<uint64_t> establishedTransitions{0};
-    std::atomic<uint64_t> connectsAccepted{0};   // transport connections that reached OpenSent
-    std::atomic<uint64_t> routesAdvertised{0};   // prefixes sent (the sender counts them)
+    std::atomic<uint64_t> connectsAccepted{0};  // transport connections that reached OpenSent
+    std::atomic<uint64_t> routesAdvertised{0};  // prefixes sent (the sender counts them)
     std::atomic<uint64_t> routesWithdrawn{0};
     std::atomic<uint64_t> routesAdvertisedReceived{0};
     std::atomic<uint64_t> routesWithdrawnReceived{0};
@@ -54,10 +54,10 @@ struct Counters {
 };
 
 struct FsmConfig {
-    Open open;                 // what we send: AS, hold time, identifier, capabilities
-    uint32_t peerAs = 0;       // the AS the peer must have; 0: any
-    bool internal = false;     // LOCAL_PREF is read from internal peers only
-    bool activeConnect = true;  // false: only wait for the peer to connect
+    Open open;                        // what we send: AS, hold time, identifier, capabilities
+    uint32_t peerAs = 0;              // the AS the peer must have; 0: any
+    bool internal = false;            // LOCAL_PREF is read from internal peers only
+    bool activeConnect = true;        // false: only wait for the peer to connect
     uint32_t connectRetryTime = 120;  // seconds; also the delay before a restart
     uint32_t connectRetries = 0;      // connect attempts after the first before giving up; 0: no end
     bool establishOnce = false;       // no restart once the session has been up
@@ -100,8 +100,9 @@ public:
     std::vector<Action> connectionFailed();  // refused, reset or closed by the peer
     std::vector<Action> timerExpired(Timer t);
     std::vector<Action> received(ByteView bytes);  // from the stream, in any pieces
-    // The speaker sent an UPDATE: the keepalive timer starts again.
-    std::vector<Action> updateSent();
+    // The speaker sent UPDATEs (it writes them itself, straight from the
+    // encoder): they are counted and the keepalive timer starts again.
+    std::vector<Action> updateSent(uint64_t messages = 1);
 
 private:
     void to(State s);
@@ -111,7 +112,7 @@ private:
     void stopTimer(Timer t);
     void connect();
     bool exhausted() const;  // every connect attempt allowed was made
-    void fail(std::optional<Notification> sent, std::optional<Notification> received);
+    void fail(const std::optional<Notification>& sent, const std::optional<Notification>& received);
     void onMessage(ByteView msg, MessageType type);
     void onOpen(ByteView msg);
     uint32_t keepaliveSeconds() const;
@@ -125,8 +126,8 @@ private:
     std::optional<Open> peerOpen_;
     Bytes buffer_;
     std::vector<Action> out_;
-    uint32_t attempts_ = 0;    // connects made since the last Established
-    bool running_ = false;     // started and not stopped
+    uint32_t attempts_ = 0;  // connects made since the last Established
+    bool running_ = false;   // started and not stopped
     bool beenUp_ = false;
 };
 

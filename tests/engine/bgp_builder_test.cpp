@@ -5,6 +5,8 @@
 // writing in pieces. The output is read back with the decoder.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -80,7 +82,8 @@ std::vector<Prefix> announced(const std::vector<Update>& us) {
     std::vector<Prefix> all;
     for (const Update& u : us) {
         all.insert(all.end(), u.nlri.begin(), u.nlri.end());
-        if (u.attributes.mpReach) all.insert(all.end(), u.attributes.mpReach->nlri.begin(), u.attributes.mpReach->nlri.end());
+        if (u.attributes.mpReach)
+            all.insert(all.end(), u.attributes.mpReach->nlri.begin(), u.attributes.mpReach->nlri.end());
     }
     return all;
 }
@@ -89,10 +92,10 @@ TEST(Builder, OneRouteOnAnExternalSessionExactly) {
     UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
     ASSERT_TRUE(enc.add(range(v4("20.0.0.0"), 24, 24, 1), 65001));
     EXPECT_EQ(bgptest::toHex(enc.all()), bgptest::toHex(message(2, hex("0000 0014"
-                                                                        "40 01 01 00"
-                                                                        "40 02 06 02 01 0000fde9"
-                                                                        "40 03 04 0a010002"
-                                                                        "18 140000"))));
+                                                                       "40 01 01 00"
+                                                                       "40 02 06 02 01 0000fde9"
+                                                                       "40 03 04 0a010002"
+                                                                       "18 140000"))));
     EXPECT_EQ(enc.messageCount(), 1u);
     EXPECT_TRUE(enc.done());
 }
@@ -119,6 +122,7 @@ struct PrefixCase {
     size_t total;
     Prefix firstPrefix, lastPrefix;
 };
+void PrintTo(const PrefixCase& c, std::ostream* os) { *os << c.name; }
 
 Prefix p4(const char* text, uint8_t len) { return Prefix::v4(v4(text).GetV4(), len); }
 Prefix p6(std::string_view hexBytes, uint8_t len) {
@@ -178,6 +182,7 @@ struct PackingCase {
     uint32_t routes;  // /24s: 4 bytes each
     size_t messages;
 };
+void PrintTo(const PackingCase& c, std::ostream* os) { *os << c.name; }
 
 class BuilderPackingTest : public ::testing::TestWithParam<PackingCase> {};
 
@@ -201,8 +206,7 @@ TEST_P(BuilderPackingTest, FillsEachMessage) {
 // (4096 - 43) / 4 = 1013 prefixes of a /24 fit one message; 4095 bytes.
 INSTANTIATE_TEST_SUITE_P(Boundary, BuilderPackingTest,
                          ::testing::Values(PackingCase{"one_short_of_full", 4096, 1012, 1},
-                                           PackingCase{"full", 4096, 1013, 1},
-                                           PackingCase{"one_over", 4096, 1014, 2},
+                                           PackingCase{"full", 4096, 1013, 1}, PackingCase{"one_over", 4096, 1014, 2},
                                            PackingCase{"a_million", 4096, 1000000, 988},
                                            PackingCase{"extended_messages", 65535, 1000000, 62}),
                          [](const auto& info) { return std::string(info.param.name); });
@@ -227,6 +231,7 @@ struct AttributeCase {
     std::function<void(hal::EBGP::ConfigRouteRange&)> set;
     std::function<void(const PathAttributes&)> check;
 };
+void PrintTo(const AttributeCase& c, std::ostream* os) { *os << c.name; }
 
 hal::EBGP::ConfigAsPathSegment segment(uint8_t type, std::vector<uint16_t> ases) {
     hal::EBGP::ConfigAsPathSegment s;
@@ -275,40 +280,58 @@ INSTANTIATE_TEST_SUITE_P(
                           r.asPathMode = 0;
                           r.asPath.Add(segment(2, {65010, 65011}));
                       },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{2, {65010, 65011}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{2, {65010, 65011}}}));
+                      }},
         AttributeCase{"mode_sequence_puts_a_segment_in_front", false,
                       [](R r) {
                           r.asPathMode = 1;
                           r.asPath.Add(segment(1, {65010, 65011}));
                       },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{2, {65001}}, {1, {65010, 65011}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{2, {65001}}, {1, {65010, 65011}}}));
+                      }},
         AttributeCase{"mode_set", false, [](R r) { r.asPathMode = 2; },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{1, {65001}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{1, {65001}}}));
+                      }},
         AttributeCase{"mode_confederation_sequence", false, [](R r) { r.asPathMode = 3; },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{3, {65001}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{3, {65001}}}));
+                      }},
         AttributeCase{"mode_confederation_set", false, [](R r) { r.asPathMode = 4; },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{4, {65001}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{4, {65001}}}));
+                      }},
         AttributeCase{"mode_prepend_joins_a_leading_sequence", false,
                       [](R r) {
                           r.asPathMode = 5;
                           r.asPath.Add(segment(2, {65010}));
                           r.asPath.Add(segment(1, {65020}));
                       },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{2, {65001, 65010}}, {1, {65020}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{2, {65001, 65010}}, {1, {65020}}}));
+                      }},
         AttributeCase{"mode_prepend_before_a_set", false,
                       [](R r) {
                           r.asPathMode = 5;
                           r.asPath.Add(segment(1, {65020}));
                       },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{2, {65001}}, {1, {65020}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{2, {65001}}, {1, {65020}}}));
+                      }},
         AttributeCase{"internal_sessions_send_the_items_alone", true,
                       [](R r) {
                           r.asPathMode = 1;
                           r.asPath.Add(segment(2, {65010}));
                       },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{2, {65010}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{2, {65010}}}));
+                      }},
         AttributeCase{"empty_items_are_skipped", false, [](R r) { r.asPath.Add(segment(2, {})); },
-                      [](A a) { EXPECT_EQ(a.asPath, (AsPath{{2, {65001}}})); }},
+                      [](A a) {
+                          EXPECT_EQ(a.asPath, (AsPath{{2, {65001}}}));
+                      }},
         AttributeCase{"next_hop_as_given", false,
                       [](R r) {
                           r.nextHopSetMode = 0;
@@ -325,22 +348,27 @@ INSTANTIATE_TEST_SUITE_P(
                           r.med = 77;
                       },
                       [](A a) { EXPECT_EQ(a.med, 77u); }},
-        AttributeCase{"med_value_without_the_switch", false, [](R r) { r.med = 77; },
-                      [](A a) { EXPECT_FALSE(a.med); }},
-        AttributeCase{"communities_in_order", false, [](R r) { r.communities = {0xffffff01, 0xfde90064}; },
-                      [](A a) { EXPECT_EQ(a.communities, (std::vector<uint32_t>{0xffffff01, 0xfde90064})); }},
-        AttributeCase{"extended_community", false,
+        AttributeCase{"med_value_without_the_switch", false, [](R r) { r.med = 77; }, [](A a) { EXPECT_FALSE(a.med); }},
+        AttributeCase{"communities_in_order", false,
                       [](R r) {
-                          hal::EBGP::ConfigExtendedCommunity c;
-                          c.type = 0x00;
-                          c.subType = 0x02;
-                          c.value.bytes = {0xfd, 0xe9, 0, 0, 0, 0x64};
-                          r.extendedCommunities.Add(c);
+                          r.communities = {0xffffff01, 0xfde90064};
                       },
                       [](A a) {
-                          ASSERT_EQ(a.extendedCommunities.size(), 1u);
-                          EXPECT_EQ(a.extendedCommunities[0], (std::array<uint8_t, 8>{0, 2, 0xfd, 0xe9, 0, 0, 0, 0x64}));
+                          EXPECT_EQ(a.communities, (std::vector<uint32_t>{0xffffff01, 0xfde90064}));
                       }},
+        AttributeCase{
+            "extended_community", false,
+            [](R r) {
+                hal::EBGP::ConfigExtendedCommunity c;
+                c.type = 0x00;
+                c.subType = 0x02;
+                c.value.bytes = {0xfd, 0xe9, 0, 0, 0, 0x64};
+                r.extendedCommunities.Add(c);
+            },
+            [](A a) {
+                ASSERT_EQ(a.extendedCommunities.size(), 1u);
+                EXPECT_EQ(a.extendedCommunities[0], (std::array<uint8_t, 8>{0, 2, 0xfd, 0xe9, 0, 0, 0, 0x64}));
+            }},
         AttributeCase{"atomic_aggregate_and_aggregator", false,
                       [](R r) {
                           r.atomicAggregate = true;
@@ -445,7 +473,8 @@ TEST(Builder, WithdrawalsNameTheSamePrefixes) {
             EXPECT_TRUE(u.nlri.empty());
             gone.insert(gone.end(), u.withdrawn.begin(), u.withdrawn.end());
             if (u.attributes.mpUnreach)
-                gone.insert(gone.end(), u.attributes.mpUnreach->withdrawn.begin(), u.attributes.mpUnreach->withdrawn.end());
+                gone.insert(gone.end(), u.attributes.mpUnreach->withdrawn.begin(),
+                            u.attributes.mpUnreach->withdrawn.end());
         }
         EXPECT_EQ(gone, announced(decodeAll(add.all())));
     }

@@ -3,9 +3,10 @@
 // fields, and fed to the framing, the decoders and the Adj-RIB-In. Nothing
 // may crash or read out of bounds (the sanitizer build runs this too); an
 // UPDATE that is accepted must encode again into one that decodes to the
-// same values; the RIB's counts must agree with its snapshot. A second
-// part encodes random route ranges and reads them back. Each part runs for
-// about a second with a fixed seed, so a failure repeats.
+// same values; the RIB's counts must agree with its snapshot. The same
+// mutations, cut into random pieces, go to a state machine in each state.
+// Another part encodes random route ranges and reads them back. Each part
+// runs for a second or less with a fixed seed, so a failure repeats.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -13,6 +14,7 @@
 
 #include "bgp_hex.h"
 #include "engine/bgp/builder.h"
+#include "engine/bgp/fsm.h"
 #include "engine/bgp/rib.h"
 
 using namespace engine::bgp;
@@ -94,7 +96,9 @@ Bytes mutate(Bytes m, std::mt19937_64& rng) {
         case 2:
             if (!m.empty()) m[pick(m.size())] = (rng() & 1) ? 0xff : 0x00;
             break;
-        case 3: m.resize(pick(m.size() + 1)); break;
+        case 3:
+            m.resize(pick(m.size() + 1));
+            break;
         case 4:
             for (size_t n = 1 + pick(40); n > 0; --n) m.push_back(uint8_t(rng()));
             break;
@@ -185,6 +189,48 @@ TEST(Fuzz, MutatedMessagesNeverHurtTheDecoders) {
                 static_cast<unsigned long long>(runs), static_cast<unsigned long long>(accepted), plain.size());
     EXPECT_GT(runs, 1000u);
     EXPECT_GT(accepted, 100u);
+}
+
+TEST(Fuzz, MutatedStreamsIntoTheStateMachine) {
+    std::mt19937_64 rng(6608);
+    const std::vector<Bytes> corpus = seeds();
+    Open peer = makeOpen(65002, 9, 2);
+    peer.caps.multiprotocol = {kIpv4Unicast, kIpv6Unicast};
+    peer.caps.extendedMessage = true;
+    const auto stop = Clock::now() + std::chrono::milliseconds(500);
+    uint64_t sessions = 0;
+    while (Clock::now() < stop) {
+        Counters counters;
+        FsmConfig c;
+        c.open = makeOpen(65001, 9, 1);
+        c.open.caps = peer.caps;
+        c.internal = rng() & 1;
+        Fsm f(c, counters);
+        f.start();
+        f.connected();
+        // Some sessions get as far as Established first.
+        int reach = int(rng() % 3);
+        if (reach >= 1) f.received(encodeOpen(peer));
+        if (reach >= 2) f.received(encodeKeepalive());
+        ++sessions;
+        Bytes stream;
+        for (int n = 1 + int(rng() % 8); n > 0; --n) {
+            Bytes m = mutate(corpus[rng() % corpus.size()], rng);
+            stream.insert(stream.end(), m.begin(), m.end());
+        }
+        for (size_t at = 0; at < stream.size() && f.state() != State::Idle;) {
+            size_t n = std::min(stream.size() - at, size_t(1 + rng() % 600));
+            for (const Action& a : f.received(ByteView(stream).subspan(at, n))) {
+                // Whatever it answers is one well-formed message.
+                if (a.kind == Action::Kind::Send) {
+                    ASSERT_EQ(nextFrame(a.bytes).length, a.bytes.size());
+                }
+            }
+            at += n;
+        }
+        ASSERT_EQ(counters.state.load(), uint8_t(f.state()));
+    }
+    EXPECT_GT(sessions, 100u);
 }
 
 TEST(Fuzz, RandomRangesEncodeIntoWhatTheyDescribe) {

@@ -2,6 +2,8 @@
 // strings written from RFC 4271, 4760, 2918, 6793, 4724, 8654 and 7313.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "bgp_hex.h"
 #include "engine/bgp/message.h"
 
@@ -19,6 +21,7 @@ struct HeaderCase {
     size_t maxSize;
     std::optional<Notification> error;  // nullopt: accepted
 };
+void PrintTo(const HeaderCase& c, std::ostream* os) { *os << c.name; }
 
 Bytes withHeader(std::string_view marker, uint16_t length, uint8_t type, size_t bodySize) {
     Bytes b = hex(marker);
@@ -59,8 +62,7 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderCase{"open_of_28", withHeader(kOnes, 28, 1, 9), 4096, Notification{1, 2, {0x00, 0x1c}}},
         HeaderCase{"update_of_22", withHeader(kOnes, 22, 2, 3), 4096, Notification{1, 2, {0x00, 0x16}}},
         HeaderCase{"notification_of_20", withHeader(kOnes, 20, 3, 1), 4096, Notification{1, 2, {0x00, 0x14}}},
-        HeaderCase{"route_refresh_short_is_left_to_its_decoder", withHeader(kOnes, 19, 5, 0), 4096,
-                   std::nullopt}),
+        HeaderCase{"route_refresh_short_is_left_to_its_decoder", withHeader(kOnes, 19, 5, 0), 4096, std::nullopt}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Frame, WaitsForTheWholeMessageButJudgesTheHeaderAtOnce) {
@@ -82,15 +84,15 @@ TEST(Frame, WaitsForTheWholeMessageButJudgesTheHeaderAtOnce) {
 
 // AS 65536 (so My AS is AS_TRANS), hold 90, identifier 10.0.0.1, and one
 // optional parameter per capability.
-const Bytes kOpenBody = hex(
-    "04 5ba0 005a 0a000001"
-    "2a"                    // 42 bytes of optional parameters
-    "02 06 01 04 0001 00 01"  // multiprotocol IPv4 unicast
-    "02 06 01 04 0002 00 01"  // multiprotocol IPv6 unicast
-    "02 02 02 00"           // route refresh
-    "02 02 06 00"           // extended message
-    "02 08 40 06 8078 0001 01 80"  // graceful restart: restarting, 120 s, IPv4 unicast forwarding kept
-    "02 06 41 04 00010000");  // 4-octet AS 65536
+const Bytes kOpenBody =
+    hex("04 5ba0 005a 0a000001"
+        "2a"                           // 42 bytes of optional parameters
+        "02 06 01 04 0001 00 01"       // multiprotocol IPv4 unicast
+        "02 06 01 04 0002 00 01"       // multiprotocol IPv6 unicast
+        "02 02 02 00"                  // route refresh
+        "02 02 06 00"                  // extended message
+        "02 08 40 06 8078 0001 01 80"  // graceful restart: restarting, 120 s, IPv4 unicast forwarding kept
+        "02 06 41 04 00010000");       // 4-octet AS 65536
 
 Open expectedOpen() {
     Open o = makeOpen(65536, 90, 0x0a000001);
@@ -134,6 +136,7 @@ struct OpenErrorCase {
     Bytes body;
     Notification error;
 };
+void PrintTo(const OpenErrorCase& c, std::ostream* os) { *os << c.name; }
 
 class OpenErrorTest : public ::testing::TestWithParam<OpenErrorCase> {};
 
@@ -151,16 +154,12 @@ INSTANTIATE_TEST_SUITE_P(
         OpenErrorCase{"hold_time_2", hex("04 fde9 0002 0a000001 00"), {2, 6, {}}},
         OpenErrorCase{"identifier_zero", hex("04 fde9 005a 00000000 00"), {2, 3, {}}},
         OpenErrorCase{"parameter_type_1", hex("04 fde9 005a 0a000001 04 01 02 0000"), {2, 4, {}}},
-        OpenErrorCase{"parameters_longer_than_said", hex("04 fde9 005a 0a000001 03 02 02 0200"),
-                      {1, 2, {0x00, 0x21}}},
+        OpenErrorCase{"parameters_longer_than_said", hex("04 fde9 005a 0a000001 03 02 02 0200"), {1, 2, {0x00, 0x21}}},
         OpenErrorCase{"parameter_past_the_message", hex("04 fde9 005a 0a000001 02 02 09"), {2, 0, {}}},
         OpenErrorCase{"capability_past_its_parameter", hex("04 fde9 005a 0a000001 04 02 02 41 04"), {2, 0, {}}},
-        OpenErrorCase{"multiprotocol_of_3_bytes", hex("04 fde9 005a 0a000001 07 02 05 01 03 000101"),
-                      {2, 0, {}}},
-        OpenErrorCase{"four_octet_as_of_2_bytes", hex("04 fde9 005a 0a000001 06 02 04 41 02 fde9"),
-                      {2, 0, {}}},
-        OpenErrorCase{"graceful_restart_odd_length", hex("04 fde9 005a 0a000001 07 02 05 40 03 0078 00"),
-                      {2, 0, {}}}),
+        OpenErrorCase{"multiprotocol_of_3_bytes", hex("04 fde9 005a 0a000001 07 02 05 01 03 000101"), {2, 0, {}}},
+        OpenErrorCase{"four_octet_as_of_2_bytes", hex("04 fde9 005a 0a000001 06 02 04 41 02 fde9"), {2, 0, {}}},
+        OpenErrorCase{"graceful_restart_odd_length", hex("04 fde9 005a 0a000001 07 02 05 40 03 0078 00"), {2, 0, {}}}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Open, PeerAsChecked) {
@@ -179,6 +178,7 @@ struct NegotiateCase {
     uint16_t hold;
     std::vector<AfiSafi> families;
 };
+void PrintTo(const NegotiateCase& c, std::ostream* os) { *os << c.name; }
 
 Open openWith(bool as4, bool ext, uint16_t hold, std::vector<AfiSafi> mp) {
     Open o;
@@ -202,19 +202,36 @@ TEST_P(NegotiateTest, Agrees) {
     EXPECT_EQ(s.families, c.families);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Capabilities, NegotiateTest,
-    ::testing::Values(
-        NegotiateCase{"both_everything", openWith(true, true, 90, {kIpv4Unicast, kIpv6Unicast}),
-                      openWith(true, true, 9, {kIpv6Unicast, kIpv4Unicast}), true, true, 9,
-                      {kIpv4Unicast, kIpv6Unicast}},
-        NegotiateCase{"one_side_only", openWith(true, true, 9, {kIpv4Unicast, kIpv6Unicast}),
-                      openWith(false, false, 90, {kIpv4Unicast}), false, false, 9, {kIpv4Unicast}},
-        NegotiateCase{"no_multiprotocol_means_ipv4", openWith(false, false, 0, {}), openWith(false, false, 90, {}),
-                      false, false, 0, {kIpv4Unicast}},
-        NegotiateCase{"no_common_family", openWith(true, false, 30, {kIpv6Unicast}),
-                      openWith(true, false, 30, {kIpv4Unicast}), true, false, 30, {}}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Capabilities, NegotiateTest,
+                         ::testing::Values(NegotiateCase{"both_everything",
+                                                         openWith(true, true, 90, {kIpv4Unicast, kIpv6Unicast}),
+                                                         openWith(true, true, 9, {kIpv6Unicast, kIpv4Unicast}),
+                                                         true,
+                                                         true,
+                                                         9,
+                                                         {kIpv4Unicast, kIpv6Unicast}},
+                                           NegotiateCase{"one_side_only",
+                                                         openWith(true, true, 9, {kIpv4Unicast, kIpv6Unicast}),
+                                                         openWith(false, false, 90, {kIpv4Unicast}),
+                                                         false,
+                                                         false,
+                                                         9,
+                                                         {kIpv4Unicast}},
+                                           NegotiateCase{"no_multiprotocol_means_ipv4",
+                                                         openWith(false, false, 0, {}),
+                                                         openWith(false, false, 90, {}),
+                                                         false,
+                                                         false,
+                                                         0,
+                                                         {kIpv4Unicast}},
+                                           NegotiateCase{"no_common_family",
+                                                         openWith(true, false, 30, {kIpv6Unicast}),
+                                                         openWith(true, false, 30, {kIpv4Unicast}),
+                                                         true,
+                                                         false,
+                                                         30,
+                                                         {}}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 // ---- NOTIFICATION, KEEPALIVE, ROUTE-REFRESH --------------------------------
 

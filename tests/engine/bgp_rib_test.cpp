@@ -3,6 +3,8 @@
 // and its size for a million routes.
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include <cstdio>
 
 #include "bgp_hex.h"
@@ -14,7 +16,9 @@ using hal::EIPAddress;
 
 namespace {
 
-EIPAddress v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d) { return EIPAddress::FromV4(uint32_t(a) << 24 | b << 16 | c << 8 | d); }
+EIPAddress v4(uint8_t a, uint8_t b, uint8_t c, uint8_t d) {
+    return EIPAddress::FromV4(uint32_t(a) << 24 | b << 16 | c << 8 | d);
+}
 EIPAddress v6(std::string_view hexBytes) {
     std::array<uint8_t, 16> b{};
     Bytes h = bgptest::hex(hexBytes);
@@ -54,6 +58,7 @@ AdjRibIn::Applied feed(AdjRibIn& rib, const Bytes& stream) {
         sum.withdrawn += a.withdrawn;
         sum.filtered += a.filtered;
         sum.overLimit += a.overLimit;
+        sum.refreshed += a.refreshed;
         at += f.length;
     }
     return sum;
@@ -160,6 +165,7 @@ struct FilterCase {
     Prefix prefix;
     bool kept;
 };
+void PrintTo(const FilterCase& c, std::ostream* os) { *os << c.name; }
 
 RibFilter filterOf(bool enabled, uint8_t family, bool usePrefixFilters,
                    std::vector<hal::EBGP::ConfigPrefixFilter> prefixFilters = {}) {
@@ -196,8 +202,9 @@ INSTANTIATE_TEST_SUITE_P(
         FilterCase{"outside_the_prefix", filterOf(true, 0, true, {k10_8}), 1, p4(11, 0, 0, 0, 24), false},
         FilterCase{"exact_the_prefix", filterOf(true, 0, true, {k10_8exact}), 1, p4(10, 0, 0, 0, 8), true},
         FilterCase{"exact_longer", filterOf(true, 0, true, {k10_8exact}), 1, p4(10, 2, 0, 0, 16), false},
-        FilterCase{"prefix_filter_of_another_family", filterOf(true, 0, true, {prefixFilter(2, v4(10, 0, 0, 0), 8, false)}),
-                   1, p4(10, 2, 0, 0, 16), false},
+        FilterCase{"prefix_filter_of_another_family",
+                   filterOf(true, 0, true, {prefixFilter(2, v4(10, 0, 0, 0), 8, false)}), 1, p4(10, 2, 0, 0, 16),
+                   false},
         FilterCase{"any_of_several", filterOf(true, 0, true, {k10_8exact, prefixFilter(1, v4(20, 0, 0, 0), 16, false)}),
                    1, p4(20, 0, 9, 0, 24), true},
         FilterCase{"no_prefix_filters_keep_nothing", filterOf(true, 0, true, {}), 1, p4(10, 0, 0, 0, 8), false},
@@ -252,6 +259,43 @@ TEST(Rib, FourOctetAsesShowAsAsTrans) {
     ASSERT_TRUE(enc.add(range(v4(20, 0, 0, 0), 24, 1), 4200000000u));
     feed(rib, enc.all());
     EXPECT_EQ(rib.snapshot().at(0).asPath, std::vector<uint16_t>{kAsTrans});
+}
+
+TEST(Rib, GracefulRestartKeepsRoutesStaleUntilRefreshedOrSwept) {
+    AdjRibIn rib;
+    EncodeSession s6 = peer();
+    s6.localAddress = v6("20010db8000000000000000000000001");
+    auto announce6 = [&](const hal::EBGP::ConfigRouteRange& r, UpdateEncoder::Kind kind) {
+        UpdateEncoder enc(s6, kind);
+        EXPECT_TRUE(enc.add(r, 65002));
+        return enc.all();
+    };
+    auto r4 = range(v4(20, 0, 0, 0), 24, 100);
+    auto r6 = range(v6("20010db8"), 64, 10);
+    feed(rib, announce(r4));
+    feed(rib, announce6(r6, UpdateEncoder::Kind::Announce));
+    EXPECT_EQ(rib.markStale(), 110u);
+    EXPECT_EQ(rib.staleCount(), 110u);
+
+    auto first60 = range(v4(20, 0, 0, 0), 24, 60);
+    EXPECT_EQ(feed(rib, announce(first60)).refreshed, 60u);
+    auto five6 = range(v6("20010db8"), 64, 5);
+    five6.medEnabled = true;  // refreshed with other attributes
+    EXPECT_EQ(feed(rib, announce6(five6, UpdateEncoder::Kind::Announce)).refreshed, 5u);
+    EXPECT_EQ(feed(rib, announce(first60)).refreshed, 0u);  // fresh already
+    auto gone = range(v4(20, 0, 90, 0), 24, 10);
+    EXPECT_EQ(feed(rib, announce(gone, UpdateEncoder::Kind::Withdraw)).withdrawn, 10u);
+    EXPECT_EQ(rib.staleCount(), 35u);  // 30 IPv4 and 5 IPv6
+
+    EXPECT_EQ(rib.sweepStale(), 35u);
+    EXPECT_EQ(rib.staleCount(), 0u);
+    EXPECT_EQ(rib.size(), 65u);
+    EXPECT_EQ(rib.attributeSets(), 2u);  // the IPv6 routes' old set went with the last of them
+    auto snap = rib.snapshot();
+    ASSERT_EQ(snap.size(), 65u);
+    EXPECT_EQ(snap[59].network, v4(20, 0, 59, 0));
+    EXPECT_EQ(snap[60].family, 5);
+    EXPECT_EQ(rib.sweepStale(), 0u);
 }
 
 // A million /24s sharing one attribute set: bytes per route of the store.

@@ -89,7 +89,8 @@ PathAttributes rangeAttributes(const hal::EBGP::ConfigRoutes& r, const EncodeSes
                 path.front().asns.insert(path.front().asns.begin(), pathAs);
             else path.insert(path.begin(), AsSegment{2, {pathAs}});
             break;
-        default: break;
+        default:
+            break;
         }
     }
     a.asPath = std::move(path);
@@ -112,7 +113,7 @@ PathAttributes rangeAttributes(const hal::EBGP::ConfigRoutes& r, const EncodeSes
     return a;
 }
 
-UpdateEncoder::UpdateEncoder(EncodeSession s, Kind kind) : s_(std::move(s)), kind_(kind) {
+UpdateEncoder::UpdateEncoder(const EncodeSession& s, Kind kind) : s_(s), kind_(kind) {
     s_.maxMessage = std::clamp<size_t>(s_.maxMessage, kMaxMessage, kMaxExtendedMessage);
 }
 

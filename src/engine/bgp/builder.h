@@ -50,7 +50,7 @@ struct EncodeSession {
     bool internal = true;
     bool as4 = true;  // 4-octet AS numbers negotiated
     size_t maxMessage = kMaxMessage;
-    hal::EIPAddress localAddress;                        // the session's own address
+    hal::EIPAddress localAddress;                      // the session's own address
     std::optional<std::array<uint8_t, 16>> linkLocal;  // IPv6 link-local next hop
 };
 
@@ -68,7 +68,7 @@ uint64_t rangePrefixCount(const hal::EBGP::ConfigRoutes& r);
 class UpdateEncoder {
 public:
     enum class Kind { Announce, Withdraw };
-    UpdateEncoder(EncodeSession s, Kind kind);
+    UpdateEncoder(const EncodeSession& s, Kind kind);
 
     // Adds a range; false when the session cannot carry it (an IPv4 route
     // with only an IPv6 next hop, a disabled range), with the reason in
@@ -90,8 +90,8 @@ public:
 
 private:
     struct Run {
-        u128 base = 0;     // the first network, as an integer of the family's width
-        u128 step = 0;     // distance between networks
+        u128 base = 0;  // the first network, as an integer of the family's width
+        u128 step = 0;  // distance between networks
         uint64_t count = 0;
         uint8_t length = 0;
         uint64_t nhOffset = 0;  // added to the group's next hop
@@ -117,7 +117,7 @@ private:
     Kind kind_;
     std::vector<Group> groups_;
     std::map<std::pair<Bytes, Bytes>, size_t> shared_;  // head and tail of a group with a fixed next hop
-    Bytes pending_;  // a message built that did not fit the caller's room
+    Bytes pending_;                                     // a message built that did not fit the caller's room
     size_t group_ = 0, run_ = 0;
     uint64_t index_ = 0;  // next route of the current run
     uint64_t prefixes_ = 0, messages_ = 0;

@@ -15,10 +15,14 @@ Notification badLength(uint16_t length) {
 // The smallest length of each type (RFC 4271 4.2 to 4.5).
 size_t minimumLength(MessageType t) {
     switch (t) {
-    case MessageType::Open: return 29;
-    case MessageType::Update: return 23;
-    case MessageType::Notification: return 21;
-    default: return kHeaderSize;
+    case MessageType::Open:
+        return 29;
+    case MessageType::Update:
+        return 23;
+    case MessageType::Notification:
+        return 21;
+    default:
+        return kHeaderSize;
     }
 }
 
@@ -155,7 +159,8 @@ Bytes encodeOpen(const Open& open) {
     if (c.extendedMessage) capability(w, cap::kExtendedMessage, {});
     if (c.gracefulRestart) {
         const GracefulRestart& gr = *c.gracefulRestart;
-        uint16_t flagsTime = uint16_t((gr.restarting ? 0x8000 : 0) | (gr.notification ? 0x4000 : 0) | (gr.time & 0x0fff));
+        uint16_t flagsTime =
+            uint16_t((gr.restarting ? 0x8000 : 0) | (gr.notification ? 0x4000 : 0) | (gr.time & 0x0fff));
         Bytes v{uint8_t(flagsTime >> 8), uint8_t(flagsTime)};
         for (const auto& f : gr.families) {
             v.insert(v.end(), {uint8_t(f.family.afi >> 8), uint8_t(f.family.afi), f.family.safi,

@@ -26,8 +26,7 @@ enum class MessageType : uint8_t { Open = 1, Update = 2, Notification = 3, Keepa
 
 // NOTIFICATION error codes (RFC 4271 4.5, RFC 4486, RFC 7313).
 namespace err {
-inline constexpr uint8_t kHeader = 1, kOpen = 2, kUpdate = 3, kHoldTimer = 4, kFsm = 5, kCease = 6,
-                         kRouteRefresh = 7;
+inline constexpr uint8_t kHeader = 1, kOpen = 2, kUpdate = 3, kHoldTimer = 4, kFsm = 5, kCease = 6, kRouteRefresh = 7;
 // Message header subcodes.
 inline constexpr uint8_t kNotSynchronized = 1, kBadLength = 2, kBadType = 3;
 // OPEN subcodes.
@@ -53,8 +52,8 @@ struct Notification {
 template <class T>
 class Result {
 public:
-    Result(T v) : v_(std::move(v)) {}                // NOLINT(google-explicit-constructor)
-    Result(Notification n) : v_(std::move(n)) {}     // NOLINT(google-explicit-constructor)
+    Result(T v) : v_(std::move(v)) {}             // NOLINT(google-explicit-constructor)
+    Result(Notification n) : v_(std::move(n)) {}  // NOLINT(google-explicit-constructor)
     bool ok() const { return v_.index() == 0; }
     explicit operator bool() const { return ok(); }
     T& value() { return std::get<0>(v_); }
@@ -107,10 +106,10 @@ struct AfiSafi {
 inline constexpr AfiSafi kIpv4Unicast{1, 1};
 inline constexpr AfiSafi kIpv6Unicast{2, 1};
 
-struct GracefulRestart {  // RFC 4724
-    bool restarting = false;     // the R bit
-    bool notification = false;   // the N bit (RFC 8538)
-    uint16_t time = 0;           // 12 bits
+struct GracefulRestart {        // RFC 4724
+    bool restarting = false;    // the R bit
+    bool notification = false;  // the N bit (RFC 8538)
+    uint16_t time = 0;          // 12 bits
     struct Family {
         AfiSafi family;
         bool forwarding = false;  // the F bit: forwarding state kept
@@ -127,9 +126,9 @@ struct RawCapability {
 };
 
 struct Capabilities {
-    std::vector<AfiSafi> multiprotocol;  // RFC 4760, code 1
-    bool routeRefresh = false;           // RFC 2918, code 2
-    bool extendedMessage = false;        // RFC 8654, code 6
+    std::vector<AfiSafi> multiprotocol;              // RFC 4760, code 1
+    bool routeRefresh = false;                       // RFC 2918, code 2
+    bool extendedMessage = false;                    // RFC 8654, code 6
     std::optional<GracefulRestart> gracefulRestart;  // code 64
     std::optional<uint32_t> as4;                     // RFC 6793, code 65
     std::vector<RawCapability> other;                // anything else, kept as sent

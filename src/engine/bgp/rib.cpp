@@ -9,11 +9,16 @@ uint8_t familyCode(AfiSafi f) {
     uint8_t base = f.afi == 1 ? 0 : f.afi == 2 ? 4 : 0xff;
     if (base == 0xff) return 0;
     switch (f.safi) {
-    case 1: return uint8_t(base + 1);
-    case 2: return uint8_t(base + 2);
-    case 4: return uint8_t(base + 3);
-    case 128: return uint8_t(base + 4);
-    default: return 0;
+    case 1:
+        return uint8_t(base + 1);
+    case 2:
+        return uint8_t(base + 2);
+    case 4:
+        return uint8_t(base + 3);
+    case 128:
+        return uint8_t(base + 4);
+    default:
+        return 0;
     }
 }
 
@@ -59,20 +64,21 @@ bool RibFilter::accepts(uint8_t fam, const Prefix& p) const {
 
 struct AdjRibIn::AttrSet {
     uint32_t refs = 0;
-    std::string key;  // the attributes as encoded, and the next hop
+    std::string key;                // the attributes as encoded, and the next hop
     hal::EBGP::LearnedRoute route;  // the shared part of every route using it
 };
 
 // ---- IPv4 unicast table ------------------------------------------------------
 //
 // Linear probing over 64-bit slots: the address (32 bits) and the length
-// (6 bits) in the top 38 bits, the attribute set number plus one in the low
-// 26 (0: an empty slot). Deletion shifts later entries back, so there are
-// no tombstones and a lookup stops at the first empty slot.
+// (6 bits) in the top 38 bits; below them the stale mark and the attribute
+// set number plus one (0: an empty slot). Deletion shifts later entries
+// back, so there are no tombstones and a lookup stops at the first empty
+// slot. The table works on the low 26 bits as one value (Entry below).
 class AdjRibIn::V4Table {
 public:
-    static constexpr unsigned kIdBits = 26;
-    static constexpr uint64_t kIdMask = (uint64_t(1) << kIdBits) - 1;
+    static constexpr unsigned kValueBits = 26;
+    static constexpr uint64_t kValueMask = (uint64_t(1) << kValueBits) - 1;
 
     V4Table() { slots_.assign(1024, 0); }
 
@@ -83,39 +89,39 @@ public:
     size_t size() const { return size_; }
     size_t bytes() const { return slots_.capacity() * sizeof(uint64_t); }
 
-    // The set number now stored under key, or -1.
-    int64_t find(uint64_t key) const {
+    // The value stored under key, 0 when there is none.
+    uint32_t find(uint64_t key) const {
         for (size_t i = home(key);; i = (i + 1) & mask()) {
             uint64_t s = slots_[i];
-            if (s == 0) return -1;
-            if (s >> kIdBits == key) return int64_t(s & kIdMask) - 1;
+            if (s == 0) return 0;
+            if (s >> kValueBits == key) return uint32_t(s & kValueMask);
         }
     }
-    // Stores key -> id; returns the number it replaced, or -1 when it is new.
-    int64_t put(uint64_t key, uint32_t id) {
+    // Stores key -> value (not 0); returns the value it replaced, or 0.
+    uint32_t put(uint64_t key, uint32_t value) {
         if ((size_ + 1) * 4 > slots_.size() * 3) grow();
         for (size_t i = home(key);; i = (i + 1) & mask()) {
             uint64_t s = slots_[i];
             if (s == 0) {
-                slots_[i] = key << kIdBits | (id + 1);
+                slots_[i] = key << kValueBits | value;
                 ++size_;
-                return -1;
+                return 0;
             }
-            if (s >> kIdBits == key) {
-                slots_[i] = key << kIdBits | (id + 1);
-                return int64_t(s & kIdMask) - 1;
+            if (s >> kValueBits == key) {
+                slots_[i] = key << kValueBits | value;
+                return uint32_t(s & kValueMask);
             }
         }
     }
-    // Removes key; returns its set number, or -1.
-    int64_t erase(uint64_t key) {
+    // Removes key; returns its value, or 0.
+    uint32_t erase(uint64_t key) {
         size_t i = home(key);
         for (;; i = (i + 1) & mask()) {
             uint64_t s = slots_[i];
-            if (s == 0) return -1;
-            if (s >> kIdBits == key) break;
+            if (s == 0) return 0;
+            if (s >> kValueBits == key) break;
         }
-        int64_t id = int64_t(slots_[i] & kIdMask) - 1;
+        uint32_t value = uint32_t(slots_[i] & kValueMask);
         // Shift back every later entry of the cluster whose home does not
         // lie cyclically in (i, j].
         size_t j = i;
@@ -123,7 +129,7 @@ public:
             j = (j + 1) & mask();
             uint64_t s = slots_[j];
             if (s == 0) break;
-            size_t h = home(s >> kIdBits);
+            size_t h = home(s >> kValueBits);
             bool between = i <= j ? (i < h && h <= j) : (i < h || h <= j);
             if (!between) {
                 slots_[i] = s;
@@ -132,12 +138,17 @@ public:
         }
         slots_[i] = 0;
         --size_;
-        return id;
+        return value;
     }
     template <class F>
     void forEach(F&& f) const {
         for (uint64_t s : slots_)
-            if (s) f(s >> kIdBits, uint32_t(s & kIdMask) - 1);
+            if (s) f(s >> kValueBits, uint32_t(s & kValueMask));
+    }
+    // Ors `bits` into every value.
+    void markAll(uint32_t bits) {
+        for (uint64_t& s : slots_)
+            if (s) s |= bits;
     }
     void clear() {
         slots_.assign(1024, 0);
@@ -159,7 +170,7 @@ private:
         size_ = 0;
         for (uint64_t s : old) {
             if (!s) continue;
-            for (size_t i = home(s >> kIdBits);; i = (i + 1) & mask()) {
+            for (size_t i = home(s >> kValueBits);; i = (i + 1) & mask()) {
                 if (slots_[i] == 0) {
                     slots_[i] = s;
                     ++size_;
@@ -171,6 +182,16 @@ private:
     std::vector<uint64_t> slots_;
     size_t size_ = 0;
 };
+
+// What a table keeps for a route: the attribute set number plus one in the
+// low bits, the stale mark above them. Never 0.
+namespace {
+constexpr uint32_t kStale = uint32_t(1) << 25;
+constexpr uint32_t kIdPart = kStale - 1;
+constexpr uint32_t kMaxSets = kIdPart - 1;
+uint32_t entryOf(uint32_t id) { return id + 1; }
+uint32_t idOf(uint32_t entry) { return (entry & kIdPart) - 1; }
+}  // namespace
 
 size_t AdjRibIn::OtherHash::operator()(const OtherKey& k) const {
     uint64_t h = 0xcbf29ce484222325ull ^ k.family ^ (uint64_t(k.length) << 8);
@@ -184,6 +205,7 @@ AdjRibIn::~AdjRibIn() = default;
 size_t AdjRibIn::size() const { return v4_->size() + other_.size(); }
 
 void AdjRibIn::clear() {
+    stale_ = 0;
     v4_->clear();
     other_.clear();
     sets_.clear();
@@ -243,15 +265,15 @@ void AdjRibIn::announce(uint8_t family, const Prefix& p, uint32_t id, Applied& o
         return;
     }
     const bool limited = filter_.enabled && filter_.maxRoutes != 0;
-    int64_t old;
+    uint32_t old = 0;
     if (family == 1 && !p.v6) {
         uint64_t key = V4Table::keyOf(p);
-        if (limited && size() >= filter_.maxRoutes && v4_->find(key) < 0) {
+        if (limited && size() >= filter_.maxRoutes && v4_->find(key) == 0) {
             ++out.overLimit;
             limitHit_ = true;
             return;
         }
-        old = v4_->put(key, id);
+        old = v4_->put(key, entryOf(id));
     } else {
         OtherKey k{family, p.length, p.bytes};
         auto it = other_.find(k);
@@ -261,30 +283,67 @@ void AdjRibIn::announce(uint8_t family, const Prefix& p, uint32_t id, Applied& o
                 limitHit_ = true;
                 return;
             }
-            other_.emplace(k, id);
-            old = -1;
+            other_.emplace(k, entryOf(id));
         } else {
             old = it->second;
-            it->second = id;
+            it->second = entryOf(id);
         }
     }
     ++sets_[id]->refs;
-    if (old >= 0) release(uint32_t(old));
+    if (old != 0) {
+        if (old & kStale) {
+            --stale_;
+            ++out.refreshed;
+        }
+        release(idOf(old));
+    }
     ++out.announced;
 }
 
 void AdjRibIn::withdraw(uint8_t family, const Prefix& p, Applied& out) {
-    int64_t old = -1;
+    uint32_t old = 0;
     if (family == 1 && !p.v6) {
         old = v4_->erase(V4Table::keyOf(p));
     } else if (auto it = other_.find(OtherKey{family, p.length, p.bytes}); it != other_.end()) {
         old = it->second;
         other_.erase(it);
     }
-    if (old < 0) return;
-    release(uint32_t(old));
+    if (old == 0) return;
+    if (old & kStale) --stale_;
+    release(idOf(old));
     ++out.withdrawn;
     if (filter_.maxRoutes == 0 || size() < filter_.maxRoutes) limitHit_ = false;
+}
+
+size_t AdjRibIn::markStale() {
+    v4_->markAll(kStale);
+    for (auto& [k, entry] : other_) entry |= kStale;
+    stale_ = size();
+    return stale_;
+}
+
+size_t AdjRibIn::sweepStale() {
+    std::vector<uint64_t> keys;
+    v4_->forEach([&](uint64_t key, uint32_t entry) {
+        if (entry & kStale) keys.push_back(key);
+    });
+    size_t removed = 0;
+    for (uint64_t key : keys) {
+        release(idOf(v4_->erase(key)));
+        ++removed;
+    }
+    for (auto it = other_.begin(); it != other_.end();) {
+        if (it->second & kStale) {
+            release(idOf(it->second));
+            it = other_.erase(it);
+            ++removed;
+        } else {
+            ++it;
+        }
+    }
+    stale_ = 0;
+    if (filter_.maxRoutes == 0 || size() < filter_.maxRoutes) limitHit_ = false;
+    return removed;
 }
 
 AdjRibIn::Applied AdjRibIn::apply(const Update& u) {
@@ -305,6 +364,10 @@ AdjRibIn::Applied AdjRibIn::apply(const Update& u) {
     }
     auto store = [&](uint8_t fam, const std::vector<Prefix>& nlri, const hal::EIPAddress& nh) {
         if (nlri.empty() || fam == 0) return;
+        if (sets_.size() - free_.size() >= kMaxSets) {  // no number left for another set
+            out.overLimit += uint32_t(nlri.size());
+            return;
+        }
         uint32_t id = intern(a, nh);
         for (const Prefix& p : nlri) announce(fam, p, id, out);
         if (sets_[id]->refs == 0) release(id);
@@ -318,7 +381,8 @@ AdjRibIn::Applied AdjRibIn::apply(const Update& u) {
             std::copy_n(nh.begin(), 16, b.begin());
             addr = hal::EIPAddress::FromV6(b);
         } else if (nh.size() == 4) {
-            addr = hal::EIPAddress::FromV4(uint32_t(nh[0]) << 24 | uint32_t(nh[1]) << 16 | uint32_t(nh[2]) << 8 | nh[3]);
+            addr =
+                hal::EIPAddress::FromV4(uint32_t(nh[0]) << 24 | uint32_t(nh[1]) << 16 | uint32_t(nh[2]) << 8 | nh[3]);
         }
         store(familyCode(a.mpReach->family), a.mpReach->nlri, addr);
     }
@@ -329,9 +393,11 @@ size_t AdjRibIn::memoryBytes() const {
     size_t n = v4_->bytes() + sizeof(*this);
     // A node of the map holds the key, the value and a next pointer, with
     // the hash cached; plus the bucket array.
-    n += other_.size() * (sizeof(OtherKey) + sizeof(uint32_t) + 2 * sizeof(void*)) + other_.bucket_count() * sizeof(void*);
+    n += other_.size() * (sizeof(OtherKey) + sizeof(uint32_t) + 2 * sizeof(void*)) +
+         other_.bucket_count() * sizeof(void*);
     n += sets_.capacity() * sizeof(void*) + free_.capacity() * sizeof(uint32_t);
-    n += interned_.size() * (sizeof(std::string_view) + 8 + 2 * sizeof(void*)) + interned_.bucket_count() * sizeof(void*);
+    n += interned_.size() * (sizeof(std::string_view) + 8 + 2 * sizeof(void*)) +
+         interned_.bucket_count() * sizeof(void*);
     for (const auto& s : sets_) {
         if (!s) continue;
         n += sizeof(AttrSet) + s->key.capacity() + s->route.asPath.capacity() * 2 + s->route.communities.capacity() * 4;
@@ -348,12 +414,12 @@ std::vector<hal::EBGP::LearnedRoute> AdjRibIn::snapshot() const {
     };
     std::vector<Entry> entries;
     entries.reserve(size());
-    v4_->forEach([&](uint64_t key, uint32_t id) {
-        Entry e{1, uint8_t(key & 63), {}, id};
+    v4_->forEach([&](uint64_t key, uint32_t entry) {
+        Entry e{1, uint8_t(key & 63), {}, idOf(entry)};
         store32(e.bytes.data(), uint32_t(key >> 6));
         entries.push_back(e);
     });
-    for (const auto& [k, id] : other_) entries.push_back({k.family, k.length, k.bytes, id});
+    for (const auto& [k, entry] : other_) entries.push_back({k.family, k.length, k.bytes, idOf(entry)});
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (a.family != b.family) return a.family < b.family;
         if (a.bytes != b.bytes) return a.bytes < b.bytes;

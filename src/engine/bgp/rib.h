@@ -1,8 +1,9 @@
 // Adj-RIB-In: what a neighbor learned from its peer, kept small. Each
 // distinct set of path attributes is stored once (interned, counted by the
 // routes that use it, freed with the last); an IPv4 unicast route is one
-// 8-byte slot of an open-addressing table (address, length and the number
-// of its attribute set packed together), other families sit in a hash map.
+// 8-byte slot of an open-addressing table (address, length, a stale mark
+// and the number of its attribute set packed together), other families sit
+// in a hash map.
 //
 // The neighbor's route filter applies on input when it is enabled: only
 // its family (0: every family); with usePrefixFilters, only routes that an
@@ -51,10 +52,19 @@ public:
         uint32_t withdrawn = 0;  // removed (withdrawals of routes not held do not count)
         uint32_t filtered = 0;   // refused by the route filter
         uint32_t overLimit = 0;  // refused by maxRoutes
+        uint32_t refreshed = 0;  // announced again while stale
     };
     // An UPDATE the decoder accepted; treat-as-withdraw withdraws its routes.
     Applied apply(const Update& u);
     void clear();
+
+    // Graceful restart (RFC 4724): when the peer restarts, every route is
+    // kept but marked stale; an announcement makes it fresh again; at the
+    // peer's End-of-RIB or when the stale timer runs out, the routes still
+    // stale go. Both return how many routes they touched.
+    size_t markStale();
+    size_t sweepStale();
+    size_t staleCount() const { return stale_; }
 
     size_t size() const;
     size_t attributeSets() const { return interned_.size(); }
@@ -89,6 +99,7 @@ private:
     std::vector<uint32_t> free_;
     std::unordered_map<std::string_view, uint32_t> interned_;
     bool limitHit_ = false;
+    size_t stale_ = 0;
 };
 
 }  // namespace engine::bgp

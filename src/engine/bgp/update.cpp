@@ -116,19 +116,26 @@ AttrRule ruleOf(uint8_t type) {
     case attr::kOrigin:
     case attr::kAsPath:
     case attr::kNextHop:
-    case attr::kLocalPref: return {true, false, true, E::TreatAsWithdraw};
-    case attr::kAtomicAggregate: return {true, false, true, E::AttributeDiscard};
+    case attr::kLocalPref:
+        return {true, false, true, E::TreatAsWithdraw};
+    case attr::kAtomicAggregate:
+        return {true, false, true, E::AttributeDiscard};
     case attr::kMed:
     case attr::kOriginatorId:
-    case attr::kClusterList: return {true, true, false, E::TreatAsWithdraw};
+    case attr::kClusterList:
+        return {true, true, false, E::TreatAsWithdraw};
     case attr::kMpReach:
-    case attr::kMpUnreach: return {true, true, false, E::SessionReset};
+    case attr::kMpUnreach:
+        return {true, true, false, E::SessionReset};
     case attr::kAggregator:
     case attr::kAs4Path:
-    case attr::kAs4Aggregator: return {true, true, true, E::AttributeDiscard};
+    case attr::kAs4Aggregator:
+        return {true, true, true, E::AttributeDiscard};
     case attr::kCommunities:
-    case attr::kExtendedCommunities: return {true, true, true, E::TreatAsWithdraw};
-    default: return {};
+    case attr::kExtendedCommunities:
+        return {true, true, true, E::TreatAsWithdraw};
+    default:
+        return {};
     }
 }
 
@@ -155,8 +162,7 @@ public:
             ByteView value = r.bytes(len);
             ByteView whole = all.subspan(start, r.position() - start);
             if (seen_[type]) {
-                if (type == attr::kMpReach || type == attr::kMpUnreach)
-                    return reset(err::kMalformedAttributeList, {});
+                if (type == attr::kMpReach || type == attr::kMpUnreach) return reset(err::kMalformedAttributeList, {});
                 note(type, ErrorAction::AttributeDiscard, err::kMalformedAttributeList);
                 continue;
             }
@@ -177,8 +183,10 @@ public:
         // RFC 7606 3(d): a missing well-known mandatory attribute withdraws.
         bool reach = hasNlri || (a.mpReach && !a.mpReach->nlri.empty());
         if (reach) {
-            if (!a.origin && !missingHandled(attr::kOrigin)) note(attr::kOrigin, ErrorAction::TreatAsWithdraw, err::kMissingWellKnown);
-            if (!a.asPath && !missingHandled(attr::kAsPath)) note(attr::kAsPath, ErrorAction::TreatAsWithdraw, err::kMissingWellKnown);
+            if (!a.origin && !missingHandled(attr::kOrigin))
+                note(attr::kOrigin, ErrorAction::TreatAsWithdraw, err::kMissingWellKnown);
+            if (!a.asPath && !missingHandled(attr::kAsPath))
+                note(attr::kAsPath, ErrorAction::TreatAsWithdraw, err::kMissingWellKnown);
             if (hasNlri && !a.nextHop && !missingHandled(attr::kNextHop))
                 note(attr::kNextHop, ErrorAction::TreatAsWithdraw, err::kMissingWellKnown);
         }
@@ -218,8 +226,8 @@ private:
             // Optional: a transitive one is passed on marked partial, a
             // non-transitive one quietly ignored (RFC 4271 5).
             if (flags & attr::kTransitive)
-                a.unknown.push_back({uint8_t((flags | attr::kPartial) & ~attr::kExtendedLength), type,
-                                     Bytes(v.begin(), v.end())});
+                a.unknown.push_back(
+                    {uint8_t((flags | attr::kPartial) & ~attr::kExtendedLength), type, Bytes(v.begin(), v.end())});
             return true;
         }
         bool optional = (flags & attr::kOptional) != 0, transitive = (flags & attr::kTransitive) != 0;
@@ -327,7 +335,8 @@ private:
             a.mpUnreach = std::move(m);
             return true;
         }
-        default: return true;
+        default:
+            return true;
         }
     }
 
@@ -495,8 +504,7 @@ Result<Update> decodeUpdate(ByteView msg, const UpdateOptions& opts) {
     d.finish(!u.nlri.empty());
     const PathAttributes& a = u.attributes;
     if (wlen == 0 && alen == 0 && nlri.empty()) u.endOfRib = kIpv4Unicast;
-    else if (wlen == 0 && nlri.empty() && a.mpUnreach && a.mpUnreach->withdrawn.empty() && !a.mpReach &&
-             [&] {
+    else if (wlen == 0 && nlri.empty() && a.mpUnreach && a.mpUnreach->withdrawn.empty() && !a.mpReach && [&] {
                  PathAttributes only;
                  only.mpUnreach = a.mpUnreach;
                  return a == only;

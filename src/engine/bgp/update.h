@@ -125,8 +125,8 @@ Result<Update> decodeUpdate(ByteView msg, const UpdateOptions& opts);
 // Encodes one UPDATE; the attributes in type order, MP_REACH_NLRI and
 // MP_UNREACH_NLRI first (RFC 7606 5.1). With !as4 an AS above 65535 goes
 // out as AS_TRANS and AS4_PATH/AS4_AGGREGATOR carry the real ones.
-Bytes encodeUpdate(const std::vector<Prefix>& withdrawn, const PathAttributes& attrs,
-                   const std::vector<Prefix>& nlri, bool as4);
+Bytes encodeUpdate(const std::vector<Prefix>& withdrawn, const PathAttributes& attrs, const std::vector<Prefix>& nlri,
+                   bool as4);
 
 // Appends the path attributes alone (no UPDATE around them).
 void encodeAttributes(Bytes& out, const PathAttributes& attrs, bool as4);

@@ -15,10 +15,15 @@
 
 namespace live {
 
+std::shared_ptr<const hal::EConfigRoot> copyBgpConfig(const hal::EConfigRoot& config);
+std::unique_ptr<Runner> makeBgpRunner(engine::Reactor& reactor, const Place& place);
+
 namespace {
 
 // The protocols a bound port runs; the others it records only.
-constexpr std::array<RunnerKind, 0> kRunners{};
+const RunnerKind kRunners[] = {
+    {zk::Protocol::Bgp4, copyBgpConfig, makeBgpRunner},
+};
 
 engine::IpAddress toEngine(const hal::EIPAddress& a) { return engine::IpAddress::fromBytes(a.IsV6(), a.GetBytes()); }
 

@@ -88,6 +88,7 @@ void Engine::shutdown(Duration grace) {
         }
     });
     thread_.join();
+    reactor_.dropPosted();  // posted while the loop was ending
     running_ = false;
 }
 

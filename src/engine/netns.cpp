@@ -19,7 +19,8 @@ namespace {
 std::string pathOf(const std::string& name) { return "/run/netns/" + name; }
 
 [[noreturn]] void fail(const std::string& netns, int err, const std::string& what) {
-    throw std::system_error(err, std::generic_category(), "network namespace '" + netns + "': " + what);
+    const std::string where = netns.empty() ? "the process's network namespace" : "network namespace '" + netns + "'";
+    throw std::system_error(err, std::generic_category(), where + ": " + what);
 }
 
 }  // namespace

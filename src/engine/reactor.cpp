@@ -354,6 +354,15 @@ bool Reactor::stopped() const {
     return stop_;
 }
 
+size_t Reactor::dropPosted() {
+    std::vector<std::function<void()>> work;
+    {
+        std::lock_guard lock(postMutex_);
+        work.swap(posted_);
+    }
+    return work.size();
+}
+
 void Reactor::restart() {
     std::lock_guard lock(postMutex_);
     stop_ = false;

@@ -82,6 +82,9 @@ public:
     bool stopped() const;
     // Clears a stop() so that run() may be called again.
     void restart();
+    // Destroys posted work that will not run (the loop has ended): a
+    // future waiting on it sees a broken promise instead of waiting for ever.
+    size_t dropPosted();
 
 private:
     struct Slot {
@@ -102,7 +105,7 @@ private:
     // TimerSource (the virtual clock's view).
     std::optional<Time> nextDeadline() const override;
     void fireDue(Time now) override;
-    void runReady() override { poll(Duration{0}); }
+    size_t runReady() override { return poll(Duration{0}); }
 
     size_t fireTimers(Time now);
     TimerId arm(Duration delay, Duration period, std::function<void()> cb);

@@ -110,6 +110,41 @@ TEST(Engine, StartsAgainAfterShutdown) {
     EXPECT_EQ(e.call([] { return 3; }).get(), 3);
 }
 
+TEST(Engine, RequestBringsResultOrExceptionToThePollingThread) {
+    Engine e;
+    engine::ReplyQueue replies;
+    std::vector<std::string> got;
+    e.request(replies, [] { return std::string("Established"); },
+              [&](std::future<std::string> f) { got.push_back(f.get()); });
+    e.request(replies, []() -> std::string { throw std::runtime_error("no session"); },
+              [&](std::future<std::string> f) {
+                  try {
+                      f.get();
+                  } catch (const std::runtime_error& x) {
+                      got.push_back(std::string("error: ") + x.what());
+                  }
+              });
+    e.call([] {}).get();
+    EXPECT_TRUE(got.empty()) << "replies wait for the poll";
+    EXPECT_EQ(replies.drain(), 2u);
+    EXPECT_EQ(got, (std::vector<std::string>{"Established", "error: no session"}));
+}
+
+TEST(Engine, WorkLeftAtShutdownBreaksItsPromiseInsteadOfHanging) {
+    Engine e;
+    std::future<int> late;
+    e.addShutdownHook([&](std::function<void()> done) {
+        late = e.call([] { return 1; });  // posted while the loop ends
+        e.reactor().stop();
+        done();
+    });
+    e.start();
+    e.shutdown();
+    ASSERT_TRUE(late.valid());
+    ASSERT_EQ(late.wait_for(1s), std::future_status::ready);
+    EXPECT_THROW(late.get(), std::future_error);
+}
+
 TEST(ReplyQueue, ResultsCrossToThePollingThread) {
     Engine e;
     engine::ReplyQueue replies;

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <linux/if_addr.h>
 #include <net/if.h>
+#include <dirent.h>
+#include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -16,6 +18,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "engine/netlink.h"
 #include "engine/netns.h"
@@ -39,6 +42,7 @@ struct Lab {
     std::string nsA, nsB, ifA, ifB;
     bool ok = false;
     std::string why;
+    bool plumbed[2] = {false, false};  // IPv4, IPv6 host addresses and routes in place
 
     Lab() {
         const std::string pid = std::to_string(getpid());
@@ -50,6 +54,7 @@ struct Lab {
             why = "needs root for network namespaces";
             return;
         }
+        removeLeftovers();
         if (!sh("ip netns add " + nsA) || !sh("ip netns add " + nsB)) {
             why = "cannot create network namespaces";
             return;
@@ -61,6 +66,23 @@ struct Lab {
     ~Lab() {
         sh("ip netns del " + nsA);
         sh("ip netns del " + nsB);
+    }
+
+    // Namespaces of this suite whose process is gone (killed before its
+    // teardown ran).
+    static void removeLeftovers() {
+        DIR* dir = opendir("/run/netns");
+        if (!dir) return;
+        std::vector<std::string> stale;
+        while (dirent* entry = readdir(dir)) {
+            const std::string name = entry->d_name;
+            if (name.size() < 7 || name.rfind("zkeng", 0) != 0) continue;
+            const std::string digits = name.substr(5, name.size() - 6);
+            if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) continue;
+            if (kill(pid_t(std::stol(digits)), 0) < 0 && errno == ESRCH) stale.push_back(name);
+        }
+        closedir(dir);
+        for (const auto& name : stale) sh("ip netns del " + name);
     }
 };
 
@@ -221,9 +243,8 @@ protected:
     };
     static Ends plumb(bool v6) {
         Ends e{ip(v6 ? "2001:db8:77::1" : "10.77.0.1"), ip(v6 ? "2001:db8:77::2" : "10.77.0.2")};
-        static bool done[2] = {false, false};
-        if (done[v6]) return e;
-        done[v6] = true;
+        if (lab->plumbed[v6]) return e;
+        lab->plumbed[v6] = true;
         Netlink na(lab->nsA), nb(lab->nsB);
         const int ia = na.link(lab->ifA)->index, ib = nb.link(lab->ifB)->index;
         na.setLinkUp(ia, true);

@@ -111,6 +111,42 @@ TEST(ReactorVirtual, RemainingFollowsTheClock) {
     EXPECT_EQ(r.remaining(id), std::nullopt);
 }
 
+TEST(ReactorVirtual, TwoReactorsOnOneClockServeWorkPostedToEachOther) {
+    VirtualClock clock;
+    Reactor left(clock), right(clock);
+    std::vector<std::string> log;
+    // A ping-pong of posts, then a zero-delay timer armed by the last post
+    // at the very end of the advance.
+    std::function<void(int)> bounce = [&](int n) {
+        Reactor& to = n % 2 ? left : right;
+        log.push_back((n % 2 ? "L" : "R") + std::to_string(n));
+        if (n < 5) {
+            to.post([&, n] { bounce(n + 1); });
+        } else {
+            to.after(0ms, [&] { log.push_back("timer@" + std::to_string(ms(clock.now()))); });
+        }
+    };
+    left.after(10ms, [&] { bounce(0); });
+    clock.advance(10ms);
+    EXPECT_EQ(log, (std::vector<std::string>{"R0", "L1", "R2", "L3", "R4", "L5", "timer@10"}));
+    EXPECT_EQ(clock.now(), Duration(10ms));
+}
+
+TEST(ReactorVirtual, AdvanceToNextStopsAtTheNextDeadline) {
+    VirtualClock clock;
+    Reactor r(clock);
+    int fired = 0;
+    r.after(7ms, [&] { ++fired; });
+    r.after(9ms, [&] { ++fired; });
+    EXPECT_TRUE(clock.advanceToNext());
+    EXPECT_EQ(clock.now(), Duration(7ms));
+    EXPECT_EQ(fired, 1);
+    EXPECT_FALSE(clock.advanceToNext(1ms)) << "the next is 2 ms away";
+    EXPECT_TRUE(clock.advanceToNext());
+    EXPECT_EQ(fired, 2);
+    EXPECT_FALSE(clock.advanceToNext());
+}
+
 // ---------------------------------------------------------------- periodic
 
 struct PeriodicCase {

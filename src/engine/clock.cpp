@@ -1,8 +1,7 @@
 #include "engine/clock.h"
 
-#include <time.h>
-
 #include <algorithm>
+#include <ctime>
 
 namespace engine {
 
@@ -29,7 +28,8 @@ void VirtualClock::settle() {
     // work that posts itself for ever.
     for (int round = 0; round < 100000; ++round) {
         size_t ran = 0;
-        for (size_t i = 0; i < sources_.size(); ++i) ran += sources_[i]->runReady();
+        // By index: a reactor may be attached while another runs.
+        for (size_t i = 0; i < sources_.size(); ++i) ran += sources_[i]->runReady();  // NOLINT(modernize-loop-convert)
         if (ran == 0) return;
     }
 }

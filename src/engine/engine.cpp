@@ -9,7 +9,12 @@ namespace engine {
 
 Engine::Engine(Clock& clock) : reactor_(clock) {}
 
-Engine::~Engine() { shutdown(); }
+Engine::~Engine() {
+    try {
+        shutdown();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): nothing to tell at destruction
+    }
+}
 
 Engine& Engine::instance() {
     static Engine engine;

@@ -102,7 +102,9 @@ int onAddress(const nlmsghdr* nlh, void* data) {
     return MNL_CB_OK;
 }
 
-std::string withPrefix(const IpAddress& a, int prefixLength) { return a.toString() + "/" + std::to_string(prefixLength); }
+std::string withPrefix(const IpAddress& a, int prefixLength) {
+    return a.toString() + "/" + std::to_string(prefixLength);
+}
 
 }  // namespace
 

@@ -30,9 +30,7 @@ bool validNetnsName(const std::string& name) {
            name.find('\0') == std::string::npos;
 }
 
-bool netnsExists(const std::string& name) {
-    return validNetnsName(name) && ::access(pathOf(name).c_str(), F_OK) == 0;
-}
+bool netnsExists(const std::string& name) { return validNetnsName(name) && ::access(pathOf(name).c_str(), F_OK) == 0; }
 
 void runInNetnsVoid(const std::string& netns, const std::function<void()>& fn) {
     if (netns.empty()) return fn();

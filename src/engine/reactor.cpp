@@ -129,10 +129,8 @@ void Reactor::heapRemove(uint32_t slot) {
 
 void Reactor::heapFix(uint32_t slot) {
     const size_t pos = slots_[slot].heapIndex;
-    if (pos > 0 && before(slot, heap_[(pos - 1) / 2]))
-        siftUp(pos);
-    else
-        siftDown(pos);
+    if (pos > 0 && before(slot, heap_[(pos - 1) / 2])) siftUp(pos);
+    else siftDown(pos);
 }
 
 TimerId Reactor::arm(Duration delay, Duration period, std::function<void()> cb) {

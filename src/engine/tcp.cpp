@@ -15,9 +15,7 @@ namespace engine {
 
 namespace {
 
-[[noreturn]] void throwErrno(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
+[[noreturn]] void throwErrno(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
 
 void setInt(int fd, int level, int name, int value, const char* what) {
     if (::setsockopt(fd, level, name, &value, sizeof value) < 0) throwErrno(what);
@@ -96,10 +94,8 @@ SockAddr peerAddress(int fd) {
 // ---------------------------------------------------------------- options
 
 void setTtl(int fd, int ttl) {
-    if (familyOf(fd) == AF_INET6)
-        setInt(fd, IPPROTO_IPV6, IPV6_UNICAST_HOPS, ttl, "set IPv6 hop limit");
-    else
-        setInt(fd, IPPROTO_IP, IP_TTL, ttl, "set IPv4 TTL");
+    if (familyOf(fd) == AF_INET6) setInt(fd, IPPROTO_IPV6, IPV6_UNICAST_HOPS, ttl, "set IPv6 hop limit");
+    else setInt(fd, IPPROTO_IP, IP_TTL, ttl, "set IPv4 TTL");
 }
 
 void setMd5Key(int fd, const IpAddress& peer, std::string_view key) {

@@ -41,7 +41,7 @@ SockAddr peerAddress(int fd);
 struct TcpOptions {
     std::optional<IpAddress> local;  // source address of a connect
     uint16_t localPort = 0;
-    int ttl = 0;  // IPv4 TTL or IPv6 hop limit of sent packets; 0 leaves the kernel's
+    int ttl = 0;         // IPv4 TTL or IPv6 hop limit of sent packets; 0 leaves the kernel's
     std::string md5Key;  // RFC 2385 signature with the peer (connect) when not empty
     bool noDelay = true;
     uint32_t scopeId = 0;  // for IPv6 link-local addresses
@@ -52,8 +52,7 @@ struct TcpOptions {
 Fd tcpConnect(const std::string& netns, const IpAddress& remote, uint16_t port, const TcpOptions& options = {});
 // A listening socket bound to local:port (SO_REUSEADDR). Give each peer's
 // MD5 key with setMd5Key on it; accepted connections inherit the keys.
-Fd tcpListen(const std::string& netns, const IpAddress& local, uint16_t port, int backlog = 64,
-             uint32_t scopeId = 0);
+Fd tcpListen(const std::string& netns, const IpAddress& local, uint16_t port, int backlog = 64, uint32_t scopeId = 0);
 
 void setTtl(int fd, int ttl);  // IPv4 TTL or IPv6 hop limit, from the socket's family
 // Requires the peer's segments to carry this key (at most 80 bytes); an

@@ -74,10 +74,8 @@ TEST_P(EngineShutdown, HooksRunOnTheLoopAndHoldTheJoinUntilDoneOrGrace) {
                 finished();
                 finished();  // twice must not count twice
             };
-            if (after == 0)
-                finish();
-            else
-                e.reactor().after(std::chrono::milliseconds(after), finish);
+            if (after == 0) finish();
+            else e.reactor().after(std::chrono::milliseconds(after), finish);
         });
     }
     const auto start = std::chrono::steady_clock::now();
@@ -87,8 +85,8 @@ TEST_P(EngineShutdown, HooksRunOnTheLoopAndHoldTheJoinUntilDoneOrGrace) {
     std::vector<std::string> want;
     for (size_t i = 0; i < c.hookDoneAfterMs.size(); ++i) want.push_back("hook" + std::to_string(i));
     EXPECT_EQ(log, want);
-    const int expectDone =
-        int(std::count_if(c.hookDoneAfterMs.begin(), c.hookDoneAfterMs.end(), [&](int a) { return a >= 0 && a < c.graceMs; }));
+    const int expectDone = int(std::count_if(c.hookDoneAfterMs.begin(), c.hookDoneAfterMs.end(),
+                                             [&](int a) { return a >= 0 && a < c.graceMs; }));
     EXPECT_EQ(done.load(), expectDone);
     EXPECT_EQ(done.load() == int(c.hookDoneAfterMs.size()), c.expectAllDone);
     EXPECT_GE(took, std::chrono::milliseconds(c.minMs));
@@ -114,16 +112,18 @@ TEST(Engine, RequestBringsResultOrExceptionToThePollingThread) {
     Engine e;
     engine::ReplyQueue replies;
     std::vector<std::string> got;
-    e.request(replies, [] { return std::string("Established"); },
-              [&](std::future<std::string> f) { got.push_back(f.get()); });
-    e.request(replies, []() -> std::string { throw std::runtime_error("no session"); },
-              [&](std::future<std::string> f) {
-                  try {
-                      f.get();
-                  } catch (const std::runtime_error& x) {
-                      got.push_back(std::string("error: ") + x.what());
-                  }
-              });
+    e.request(
+        replies, [] { return std::string("Established"); },
+        [&](std::future<std::string> f) { got.push_back(f.get()); });
+    e.request(
+        replies, []() -> std::string { throw std::runtime_error("no session"); },
+        [&](std::future<std::string> f) {
+            try {
+                f.get();
+            } catch (const std::runtime_error& x) {
+                got.push_back(std::string("error: ") + x.what());
+            }
+        });
     e.call([] {}).get();
     EXPECT_TRUE(got.empty()) << "replies wait for the poll";
     EXPECT_EQ(replies.drain(), 2u);

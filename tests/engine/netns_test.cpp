@@ -4,10 +4,10 @@
 // signatures connects across the pair only with matching keys. Skipped
 // without root or without namespaces. The namespaces go when the suite ends,
 // whatever happened.
+#include <dirent.h>
 #include <gtest/gtest.h>
 #include <linux/if_addr.h>
 #include <net/if.h>
-#include <dirent.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>

@@ -50,14 +50,12 @@ TEST_P(TimerOrder, FireInDeadlineThenArmingOrderAtTheirOwnTime) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, TimerOrder,
-    ::testing::Values(
-        OrderCase{"Scrambled", {30, 10, 20}, {100}, {"1@10", "2@20", "0@30"}},
-        OrderCase{"SameDeadlineKeepsArmingOrder", {5, 5, 1, 5}, {5}, {"2@1", "0@5", "1@5", "3@5"}},
-        OrderCase{"NotBeforeDue", {10}, {9}, {}},
-        OrderCase{"ExactlyAtDeadline", {10}, {9, 1}, {"0@10"}},
-        OrderCase{"ManySmallSteps", {3, 7}, {2, 2, 2, 2, 2}, {"0@3", "1@7"}},
-        OrderCase{"ZeroDelayAtNextAdvance", {0, 0}, {0}, {"0@0", "1@0"}},
-        OrderCase{"NegativeIsZero", {-5, 0}, {0}, {"0@0", "1@0"}}),
+    ::testing::Values(OrderCase{"Scrambled", {30, 10, 20}, {100}, {"1@10", "2@20", "0@30"}},
+                      OrderCase{"SameDeadlineKeepsArmingOrder", {5, 5, 1, 5}, {5}, {"2@1", "0@5", "1@5", "3@5"}},
+                      OrderCase{"NotBeforeDue", {10}, {9}, {}}, OrderCase{"ExactlyAtDeadline", {10}, {9, 1}, {"0@10"}},
+                      OrderCase{"ManySmallSteps", {3, 7}, {2, 2, 2, 2, 2}, {"0@3", "1@7"}},
+                      OrderCase{"ZeroDelayAtNextAdvance", {0, 0}, {0}, {"0@0", "1@0"}},
+                      OrderCase{"NegativeIsZero", {-5, 0}, {0}, {"0@0", "1@0"}}),
     [](const auto& info) { return info.param.name; });
 
 // ---------------------------------------------------------------- callbacks changing timers
@@ -152,7 +150,7 @@ TEST(ReactorVirtual, AdvanceToNextStopsAtTheNextDeadline) {
 struct PeriodicCase {
     const char* name;
     int periodMs;
-    int firstMs;  // < 0: the period
+    int firstMs;      // < 0: the period
     int cancelAfter;  // the callback cancels its timer on this run (0: never)
     int advanceMs;
     std::vector<int> firedAtMs;

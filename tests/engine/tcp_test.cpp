@@ -60,8 +60,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, IpText,
                          ::testing::Values(AddressCase{"10.0.0.1", true, "10.0.0.1"},
                                            AddressCase{"2001:DB8:0:0::1", true, "2001:db8::1"},
                                            AddressCase{"::ffff:1.2.3.4", true, "::ffff:1.2.3.4"},
-                                           AddressCase{"256.1.1.1", false, ""},
-                                           AddressCase{"10.0.0.1/24", false, ""},
+                                           AddressCase{"256.1.1.1", false, ""}, AddressCase{"10.0.0.1/24", false, ""},
                                            AddressCase{"", false, ""}));
 
 TEST(IpAddress, FromHostOrderAndBytes) {
@@ -80,10 +79,9 @@ struct Pair {
     bool connected = false;
 
     explicit Pair(const char* loopback) {
-        listener = std::make_unique<TcpListener>(reactor, engine::tcpListen("", ip(loopback), 0),
-                                                 [this](Fd fd, const SockAddr&) {
-                                                     server = TcpConnection::adopt(reactor, std::move(fd));
-                                                 });
+        listener = std::make_unique<TcpListener>(
+            reactor, engine::tcpListen("", ip(loopback), 0),
+            [this](Fd fd, const SockAddr&) { server = TcpConnection::adopt(reactor, std::move(fd)); });
         client = TcpConnection::connect(reactor, engine::tcpConnect("", ip(loopback), listener->address().port()));
         client->onConnected = [this](std::error_code ec) { connected = !ec; };
         EXPECT_TRUE(runUntil(reactor, [&] { return connected && server; }));
@@ -150,10 +148,8 @@ TEST(Tcp, APeerThatNeverReadsMeetsTheHighWaterMarkAndTheLimit) {
     size_t sent = 0;
     bool refused = false;
     for (int i = 0; i < 1000 && !refused; ++i) {
-        if (p.client->send(block))
-            sent += block.size();
-        else
-            refused = true;
+        if (p.client->send(block)) sent += block.size();
+        else refused = true;
         p.reactor.poll(0ms);
     }
     EXPECT_TRUE(refused) << "the queue must stop growing at its limit";
@@ -164,7 +160,9 @@ TEST(Tcp, APeerThatNeverReadsMeetsTheHighWaterMarkAndTheLimit) {
     size_t received = 0;
     p.server->onData = [&](Stream::Bytes b) { received += b.size(); };
     p.server->pauseReading(false);
-    ASSERT_TRUE(runUntil(p.reactor, [&] { return received == sent; }, 5000ms)) << received << " of " << sent;
+    ASSERT_TRUE(runUntil(
+        p.reactor, [&] { return received == sent; }, 5000ms))
+        << received << " of " << sent;
     EXPECT_EQ(p.client->queued(), 0u);
     EXPECT_EQ(lows, 1);
 }
@@ -205,8 +203,8 @@ engine::TcpOptions withTtl(int ttl) {
 
 INSTANTIATE_TEST_SUITE_P(Cases, TcpOptions,
                          ::testing::Values(OptionCase{"Ttl", "127.0.0.1", withTtl(1), IPPROTO_IP, IP_TTL, 1},
-                                           OptionCase{"HopLimit", "::1", withTtl(255), IPPROTO_IPV6,
-                                                      IPV6_UNICAST_HOPS, 255},
+                                           OptionCase{"HopLimit", "::1", withTtl(255), IPPROTO_IPV6, IPV6_UNICAST_HOPS,
+                                                      255},
                                            OptionCase{"NoDelay", "127.0.0.1", {}, IPPROTO_TCP, TCP_NODELAY, 1},
                                            OptionCase{"V6Only", "::1", {}, IPPROTO_IPV6, IPV6_V6ONLY, 1}),
                          [](const auto& info) { return info.param.name; });

@@ -4,6 +4,7 @@
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <stdexcept>
@@ -336,6 +337,16 @@ size_t Reactor::poll(Duration timeout) {
 
 void Reactor::run() {
     while (!stopped()) poll(Duration{-1});
+}
+
+bool Reactor::runUntil(const std::function<bool()>& done, Duration limit) {
+    const Time end = steadyClock().now() + limit;
+    while (!done()) {
+        const Duration left = end - steadyClock().now();
+        if (left <= Duration{0}) return done();
+        poll(std::min<Duration>(left, std::chrono::milliseconds(10)));
+    }
+    return true;
 }
 
 void Reactor::stop() {

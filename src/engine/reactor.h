@@ -77,6 +77,9 @@ public:
     // One turn: waits at most `timeout` for something to happen (zero: not
     // at all), then serves what is ready. Returns the number of callbacks run.
     size_t poll(Duration timeout = Duration{0});
+    // Serves events until done() holds or `limit` has passed on the real
+    // clock; returns done(). For tests and set-up code on the real clock.
+    bool runUntil(const std::function<bool()>& done, Duration limit);
     // Thread-safe; run() returns after the current turn.
     void stop();
     bool stopped() const;

@@ -98,6 +98,11 @@ void setTtl(int fd, int ttl) {
     else setInt(fd, IPPROTO_IP, IP_TTL, ttl, "set IPv4 TTL");
 }
 
+void setMinTtl(int fd, int minTtl) {
+    if (familyOf(fd) == AF_INET6) setInt(fd, IPPROTO_IPV6, IPV6_MINHOPCOUNT, minTtl, "set IPv6 minimum hop limit");
+    else setInt(fd, IPPROTO_IP, IP_MINTTL, minTtl, "set IPv4 minimum TTL");
+}
+
 void setMd5Key(int fd, const IpAddress& peer, std::string_view key) {
     tcp_md5sig sig{};
     if (key.size() > sizeof sig.tcpm_key)
@@ -129,6 +134,7 @@ Fd tcpConnect(const std::string& netns, const IpAddress& remote, uint16_t port, 
     Fd fd(socketIn(netns, remote.family, SOCK_STREAM | SOCK_NONBLOCK, 0));
     if (remote.isV6()) setInt(fd.get(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "set IPV6_V6ONLY");
     if (options.ttl > 0) setTtl(fd.get(), options.ttl);
+    if (options.minTtl > 0) setMinTtl(fd.get(), options.minTtl);
     if (!options.md5Key.empty()) setMd5Key(fd.get(), remote, options.md5Key);
     if (options.noDelay) setNoDelay(fd.get(), true);
     if (options.local || options.localPort) {

@@ -42,6 +42,7 @@ struct TcpOptions {
     std::optional<IpAddress> local;  // source address of a connect
     uint16_t localPort = 0;
     int ttl = 0;         // IPv4 TTL or IPv6 hop limit of sent packets; 0 leaves the kernel's
+    int minTtl = 0;      // setMinTtl when above 0
     std::string md5Key;  // RFC 2385 signature with the peer (connect) when not empty
     bool noDelay = true;
     uint32_t scopeId = 0;  // for IPv6 link-local addresses
@@ -55,6 +56,9 @@ Fd tcpConnect(const std::string& netns, const IpAddress& remote, uint16_t port, 
 Fd tcpListen(const std::string& netns, const IpAddress& local, uint16_t port, int backlog = 64, uint32_t scopeId = 0);
 
 void setTtl(int fd, int ttl);  // IPv4 TTL or IPv6 hop limit, from the socket's family
+// Drops received segments whose TTL (hop limit) is below minTtl: a peer one
+// hop away that sends with 255 passes with 255 (RFC 5082); 0 turns it off.
+void setMinTtl(int fd, int minTtl);
 // Requires the peer's segments to carry this key (at most 80 bytes); an
 // empty key removes the requirement.
 void setMd5Key(int fd, const IpAddress& peer, std::string_view key);

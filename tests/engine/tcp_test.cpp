@@ -7,6 +7,7 @@
 #include <netinet/tcp.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,15 +27,8 @@ using namespace std::chrono_literals;
 
 IpAddress ip(const char* text) { return *IpAddress::parse(text); }
 
-// Polls the reactor until done() or the time is up.
-template <class F>
-bool runUntil(Reactor& r, F done, std::chrono::milliseconds limit = 2000ms) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        r.poll(10ms);
-    }
-    return true;
+bool runUntil(Reactor& r, const std::function<bool()>& done, engine::Duration limit = 2s) {
+    return r.runUntil(done, limit);
 }
 
 struct AddressCase {
@@ -195,19 +189,22 @@ TEST_P(TcpOptions, ReachTheSocket) {
     EXPECT_EQ(value, c.expect);
 }
 
-engine::TcpOptions withTtl(int ttl) {
+engine::TcpOptions withTtl(int ttl, int minTtl = 0) {
     engine::TcpOptions o;
     o.ttl = ttl;
+    o.minTtl = minTtl;
     return o;
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, TcpOptions,
-                         ::testing::Values(OptionCase{"Ttl", "127.0.0.1", withTtl(1), IPPROTO_IP, IP_TTL, 1},
-                                           OptionCase{"HopLimit", "::1", withTtl(255), IPPROTO_IPV6, IPV6_UNICAST_HOPS,
-                                                      255},
-                                           OptionCase{"NoDelay", "127.0.0.1", {}, IPPROTO_TCP, TCP_NODELAY, 1},
-                                           OptionCase{"V6Only", "::1", {}, IPPROTO_IPV6, IPV6_V6ONLY, 1}),
-                         [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Cases, TcpOptions,
+    ::testing::Values(OptionCase{"Ttl", "127.0.0.1", withTtl(1), IPPROTO_IP, IP_TTL, 1},
+                      OptionCase{"HopLimit", "::1", withTtl(255), IPPROTO_IPV6, IPV6_UNICAST_HOPS, 255},
+                      OptionCase{"MinTtl", "127.0.0.1", withTtl(0, 254), IPPROTO_IP, IP_MINTTL, 254},
+                      OptionCase{"MinHopLimit", "::1", withTtl(0, 255), IPPROTO_IPV6, IPV6_MINHOPCOUNT, 255},
+                      OptionCase{"NoDelay", "127.0.0.1", {}, IPPROTO_TCP, TCP_NODELAY, 1},
+                      OptionCase{"V6Only", "::1", {}, IPPROTO_IPV6, IPV6_V6ONLY, 1}),
+    [](const auto& info) { return info.param.name; });
 
 TEST(Tcp, SourceAddressOfAnotherFamilyIsRefused) {
     engine::TcpOptions o;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/engine.h"
+#include "engine/snapshot.h"
 
 namespace {
 
@@ -165,6 +166,29 @@ TEST(ReplyQueue, ResultsCrossToThePollingThread) {
     EXPECT_EQ(got, (std::vector<int>{0, 1, 2}));
     p.revents = 0;
     EXPECT_EQ(::poll(&p, 1, 0), 0) << "drained: nothing signalled";
+}
+
+TEST(Published, ReadersKeepTheirVersionWhileTheEnginePublishesNewOnes) {
+    Engine e;
+    engine::Published<std::vector<int>> table;
+    EXPECT_EQ(table.get(), nullptr);
+    EXPECT_EQ(e.call([&] { return table.publish(std::vector<int>{5, 5, 5}); }).get(), 1u);
+    const auto held = table.get();
+    // The engine publishes a thousand tables while this thread reads.
+    auto writer = e.call([&] {
+        for (int i = 0; i < 1000; ++i) table.publish(std::vector<int>(size_t(i % 7), i));
+    });
+    uint64_t last = 0;
+    while (writer.wait_for(0ms) != std::future_status::ready) {
+        const auto [value, version] = table.getVersioned();
+        EXPECT_GE(version, last) << "versions only grow";
+        last = version;
+        for (int x : *value) EXPECT_EQ(x, (*value)[0]) << "a table is never seen half-written";
+    }
+    writer.get();
+    EXPECT_EQ(*held, (std::vector<int>{5, 5, 5})) << "an old version stays as it was";
+    EXPECT_EQ(table.version(), 1001u);
+    EXPECT_EQ(*table.get(), std::vector<int>(999 % 7, 999));
 }
 
 }  // namespace

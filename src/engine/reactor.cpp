@@ -242,8 +242,13 @@ void Reactor::watch(int fd, uint32_t events, std::function<void(uint32_t)> cb) {
     ev.events = toEpoll(events);
     const uint32_t generation = ++watchGeneration_;
     ev.data.u64 = (uint64_t(generation) << 32) | uint32_t(fd);
+    // A descriptor closed while watched left its entry behind, and its
+    // number may come back: the kernel's view decides between add and modify.
     const bool known = watches_.count(fd) != 0;
-    if (epoll_ctl(epoll_.get(), known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, fd, &ev) < 0) throwErrno("epoll_ctl watch");
+    int rc = epoll_ctl(epoll_.get(), known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, fd, &ev);
+    if (rc < 0 && errno == (known ? ENOENT : EEXIST))
+        rc = epoll_ctl(epoll_.get(), known ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, fd, &ev);
+    if (rc < 0) throwErrno("epoll_ctl watch");
     watches_[fd] = Watch{generation, std::move(cb)};
 }
 

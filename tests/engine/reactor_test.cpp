@@ -324,6 +324,29 @@ TEST(ReactorReal, DescriptorCallbacksSeeReadinessAndMayUnwatchThemselves) {
     EXPECT_EQ(r.poll(10ms), 0u) << "an unwatched descriptor is not served";
 }
 
+TEST(ReactorReal, ADescriptorNumberClosedWhileWatchedCanBeWatchedAgain) {
+    Reactor r;
+    int first[2];
+    ASSERT_EQ(pipe(first), 0);
+    const int number = first[0];
+    r.watch(first[0], engine::kReadable, [](uint32_t) { ADD_FAILURE() << "the old pipe is gone"; });
+    close(first[0]);
+    close(first[1]);
+    int second[2];
+    ASSERT_EQ(pipe(second), 0);
+    engine::Fd readEnd(second[0]), writeEnd(second[1]);
+    ASSERT_EQ(readEnd.get(), number) << "the kernel hands out the lowest free number";
+    int seen = 0;
+    r.watch(readEnd.get(), engine::kReadable, [&](uint32_t) {
+        char c;
+        EXPECT_EQ(read(readEnd.get(), &c, 1), 1);
+        ++seen;
+    });
+    ASSERT_EQ(write(writeEnd.get(), "x", 1), 1);
+    r.poll(1s);
+    EXPECT_EQ(seen, 1);
+}
+
 TEST(ReactorReal, EventfdWritableAndReadable) {
     Reactor r;
     engine::Fd efd(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));

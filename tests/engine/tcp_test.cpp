@@ -161,6 +161,38 @@ TEST(Tcp, APeerThatNeverReadsMeetsTheHighWaterMarkAndTheLimit) {
     EXPECT_EQ(lows, 1);
 }
 
+TEST(Tcp, BytesSentWhileConnectingGoOutOnceConnected) {
+    Reactor r;
+    std::unique_ptr<TcpConnection> server;
+    TcpListener listener(r, engine::tcpListen("", ip("127.0.0.1"), 0),
+                         [&](Fd fd, const SockAddr&) { server = TcpConnection::adopt(r, std::move(fd)); });
+    auto client = TcpConnection::connect(r, engine::tcpConnect("", ip("127.0.0.1"), listener.address().port()));
+    EXPECT_TRUE(client->connecting());
+    ASSERT_TRUE(client->send("early", 5));
+    EXPECT_EQ(client->queued(), 5u);
+    std::string got;
+    ASSERT_TRUE(runUntil(r, [&] { return server != nullptr; }));
+    server->onData = [&](Stream::Bytes b) { got.append(b.begin(), b.end()); };
+    ASSERT_TRUE(runUntil(r, [&] { return got == "early"; }));
+    EXPECT_EQ(client->queued(), 0u);
+}
+
+TEST(Tcp, AHandlerMayDestroyItsConnection) {
+    Pair p("127.0.0.1");
+    ASSERT_TRUE(p.server);
+    int calls = 0;
+    p.server->onData = [&](Stream::Bytes) {
+        ++calls;
+        p.server.reset();
+    };
+    p.client->send("one", 3);
+    ASSERT_TRUE(runUntil(p.reactor, [&] { return !p.server; }));
+    bool clientClosed = false;
+    p.client->onClosed = [&](std::error_code) { clientClosed = true; };
+    ASSERT_TRUE(runUntil(p.reactor, [&] { return clientClosed; })) << "the peer sees the end";
+    EXPECT_EQ(calls, 1);
+}
+
 TEST(Tcp, ResetByThePeerIsAnError) {
     Pair p("127.0.0.1");
     ASSERT_TRUE(p.server);

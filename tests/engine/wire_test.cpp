@@ -185,4 +185,66 @@ TEST(Wire, HandlersMayDestroyEitherEnd) {
     EXPECT_FALSE(b);
 }
 
+// Two toy sessions with keepalive and hold timers, the way a speaker uses
+// the engine: each sends a byte every 3 s and gives up (and stops sending)
+// 9 s after it last heard one. When one side goes deaf it expires first;
+// then the other, having heard nothing since, 9 s after the deaf side's
+// last keepalive arrived.
+struct ToySession {
+    Reactor& reactor;
+    Stream& stream;
+    engine::Timer keepalive{reactor}, hold{reactor};
+    Duration lastHeard{-1}, expiredAt{-1};
+
+    ToySession(Reactor& r, Stream& s) : reactor(r), stream(s) {
+        stream.onData = [this](Stream::Bytes) {
+            lastHeard = reactor.now();
+            hold.restart(9s);
+        };
+        keepalive.startPeriodic(3s, [this] { stream.send("K", 1); });
+        hold.start(9s, [this] {
+            expiredAt = reactor.now();
+            keepalive.cancel();
+        });
+    }
+};
+
+struct HoldCase {
+    const char* name;
+    Duration latency;
+    Duration deafAt;  // when the second session stops reading
+};
+
+class WireSessions : public ::testing::TestWithParam<HoldCase> {};
+
+TEST_P(WireSessions, HoldTimerExpiresNineSecondsAfterTheLastKeepalive) {
+    const HoldCase& c = GetParam();
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r, {c.latency, 0});
+    ToySession left(r, *a), right(r, *b);
+    clock.advance(c.deafAt);
+    b->pauseReading(true);
+    clock.advance(60s);
+    ASSERT_NE(right.expiredAt, Duration{-1});
+    ASSERT_NE(left.expiredAt, Duration{-1});
+    EXPECT_EQ(right.expiredAt, right.lastHeard + 9s);
+    EXPECT_EQ(left.expiredAt, left.lastHeard + 9s);
+    EXPECT_LT(right.expiredAt, left.expiredAt);
+    // Keepalives leave at multiples of 3 s and arrive a latency later.
+    const Duration lastToRight = right.lastHeard - c.latency, lastToLeft = left.lastHeard - c.latency;
+    EXPECT_EQ(lastToRight % 3s, Duration{0});
+    EXPECT_EQ(lastToLeft % 3s, Duration{0});
+    EXPECT_LE(lastToRight + c.latency, c.deafAt) << "nothing heard after going deaf";
+    EXPECT_GT(lastToRight + c.latency + 3s, c.deafAt) << "but everything before";
+    // The deaf side's last keepalive left before it expired; one due at the
+    // same instant does not leave: the hold timer, armed earlier, fires first.
+    EXPECT_EQ(lastToLeft, (right.expiredAt - 1ns) / 3s * 3s);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, WireSessions,
+                         ::testing::Values(HoldCase{"NoLatency", 0ms, 20s}, HoldCase{"SlowWire", 1500ms, 20s},
+                                           HoldCase{"DeafOnAKeepalive", 0ms, 21s}),
+                         [](const auto& info) { return info.param.name; });
+
 }  // namespace

@@ -224,13 +224,13 @@ void Reactor::armTimerfd() {
     if (clock_.isVirtual()) return;
     const std::optional<Time> next = nextDeadline();
     if (next == timerfdArmedAt_) return;
-    itimerspec spec{};
+    itimerspec at{};
     if (next) {
         const int64_t ns = std::max<int64_t>(next->count(), 1);  // zero would disarm
-        spec.it_value.tv_sec = ns / 1'000'000'000;
-        spec.it_value.tv_nsec = ns % 1'000'000'000;
+        at.it_value.tv_sec = ns / 1'000'000'000;
+        at.it_value.tv_nsec = ns % 1'000'000'000;
     }
-    if (timerfd_settime(timerfd_.get(), TFD_TIMER_ABSTIME, &spec, nullptr) < 0) throwErrno("timerfd_settime");
+    if (timerfd_settime(timerfd_.get(), TFD_TIMER_ABSTIME, &at, nullptr) < 0) throwErrno("timerfd_settime");
     timerfdArmedAt_ = next;
 }
 

@@ -4,16 +4,13 @@
 // signatures connects across the pair only with matching keys. Skipped
 // without root or without namespaces. The namespaces go when the suite ends,
 // whatever happened.
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <linux/if_addr.h>
 #include <net/if.h>
-#include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,78 +21,18 @@
 #include "engine/netns.h"
 #include "engine/reactor.h"
 #include "engine/tcp.h"
+#include "lab.h"
 
 namespace {
 
 using engine::IpAddress;
 using engine::Netlink;
+using engine_test::Lab;
 using namespace std::chrono_literals;
 
 IpAddress ip(const char* text) { return *IpAddress::parse(text); }
 
-bool sh(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
-
-// Two namespaces and a veth pair between them, named from the PID; the
-// veth ends are made straight inside the namespaces, so deleting the
-// namespaces removes everything.
-struct Lab {
-    std::string nsA, nsB, ifA, ifB;
-    bool ok = false;
-    std::string why;
-    bool plumbed[2] = {false, false};  // IPv4, IPv6 host addresses and routes in place
-
-    Lab() {
-        const std::string pid = std::to_string(getpid());
-        nsA = "zkeng" + pid + "a";
-        nsB = "zkeng" + pid + "b";
-        ifA = "zkv" + pid + "a";
-        ifB = "zkv" + pid + "b";
-        if (geteuid() != 0) {
-            why = "needs root for network namespaces";
-            return;
-        }
-        removeLeftovers();
-        if (!sh("ip netns add " + nsA) || !sh("ip netns add " + nsB)) {
-            why = "cannot create network namespaces";
-            return;
-        }
-        ok = sh("ip link add " + ifA + " netns " + nsA + " type veth peer name " + ifB + " netns " + nsB) &&
-             sh("ip -n " + nsA + " link set lo up") && sh("ip -n " + nsB + " link set lo up");
-        if (!ok) why = "cannot create a veth pair";
-    }
-    ~Lab() {
-        sh("ip netns del " + nsA);
-        sh("ip netns del " + nsB);
-    }
-
-    // Namespaces of this suite whose process is gone (killed before its
-    // teardown ran).
-    static void removeLeftovers() {
-        DIR* dir = opendir("/run/netns");
-        if (!dir) return;
-        std::vector<std::string> stale;
-        while (dirent* entry = readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name.size() < 7 || name.rfind("zkeng", 0) != 0) continue;
-            const std::string digits = name.substr(5, name.size() - 6);
-            if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos) continue;
-            if (kill(pid_t(std::stol(digits)), 0) < 0 && errno == ESRCH) stale.push_back(name);
-        }
-        closedir(dir);
-        for (const auto& name : stale) sh("ip netns del " + name);
-    }
-};
-
-class Netns : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { lab = std::make_unique<Lab>(); }
-    static void TearDownTestSuite() { lab.reset(); }
-    void SetUp() override {
-        if (!lab->ok) GTEST_SKIP() << lab->why;
-    }
-    static std::unique_ptr<Lab> lab;
-};
-std::unique_ptr<Lab> Netns::lab;
+class Netns : public engine_test::LabTest {};
 
 int ifindexSeenBy(int fd, const std::string& name) {
     ifreq req{};

@@ -15,9 +15,7 @@ namespace engine {
 
 namespace {
 
-[[noreturn]] void throwErrno(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
+[[noreturn]] void throwErrno(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
 
 void setInt(int fd, int level, int name, int value, const char* what) {
     if (::setsockopt(fd, level, name, &value, sizeof value) < 0) throwErrno(what);
@@ -42,8 +40,8 @@ int socketFamily(int fd) {
 }
 
 void membership(int fd, const IpAddress& group, int ifindex, bool join) {
-    const std::string what = std::string(join ? "join " : "leave ") + group.toString() + " on interface " +
-                             std::to_string(ifindex);
+    const std::string what =
+        std::string(join ? "join " : "leave ") + group.toString() + " on interface " + std::to_string(ifindex);
     if (group.isV6()) {
         ipv6_mreq m{};
         std::memcpy(&m.ipv6mr_multiaddr, group.bytes.data(), 16);

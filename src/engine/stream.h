@@ -16,6 +16,8 @@
 #include <span>
 #include <system_error>
 
+#include "engine/sockaddr.h"
+
 namespace engine {
 
 class Stream {
@@ -45,6 +47,10 @@ public:
     // Stops (true) or resumes delivering received bytes: the peer then
     // sees back-pressure in its own queue.
     virtual void pauseReading(bool paused) = 0;
+
+    // The two ends' addresses; empty (length 0) where there are none.
+    virtual SockAddr localAddress() const = 0;
+    virtual SockAddr peerAddress() const = 0;
 
     size_t queued() const { return queued_; }
     bool open() const { return state_ == State::kOpen; }

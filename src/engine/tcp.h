@@ -6,9 +6,6 @@
 // std::system_error naming what was asked (and the namespace).
 #pragma once
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -19,24 +16,10 @@
 #include "engine/fd.h"
 #include "engine/ip.h"
 #include "engine/reactor.h"
+#include "engine/sockaddr.h"
 #include "engine/stream.h"
 
 namespace engine {
-
-struct SockAddr {
-    sockaddr_storage storage{};
-    socklen_t length = 0;
-
-    // scopeId: the interface index of an IPv6 link-local address.
-    static SockAddr of(const IpAddress& a, uint16_t port, uint32_t scopeId = 0);
-    IpAddress address() const;
-    uint16_t port() const;
-    const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&storage); }
-    std::string toString() const;  // "10.0.0.1:179", "[2001:db8::1]:179"
-};
-
-SockAddr localAddress(int fd);
-SockAddr peerAddress(int fd);
 
 struct TcpOptions {
     std::optional<IpAddress> local;  // source address of a connect
@@ -79,6 +62,9 @@ public:
     void close() override;
     void abort() override;
     void pauseReading(bool paused) override;
+    // Known once connected; kept after the stream is closed.
+    SockAddr localAddress() const override { return local_; }
+    SockAddr peerAddress() const override { return peer_; }
 
     int fd() const { return fd_.get(); }
 
@@ -90,6 +76,7 @@ private:
     void updateInterest();
     void shut();
     void fail(std::error_code ec);  // closes, then onClosed (or onConnected while connecting)
+    void learnAddresses();
 
     Reactor& reactor_;
     Fd fd_;
@@ -97,6 +84,7 @@ private:
     size_t outHead_ = 0;
     bool paused_ = false;
     uint32_t interest_ = 0;
+    SockAddr local_, peer_;
 };
 
 class TcpListener {

@@ -87,7 +87,11 @@ class TcpLoopback : public ::testing::TestWithParam<const char*> {};
 TEST_P(TcpLoopback, BytesBothWaysThenTheEndOfTheStream) {
     Pair p(GetParam());
     ASSERT_TRUE(p.server);
-    EXPECT_EQ(engine::peerAddress(p.server->fd()).address(), ip(GetParam()));
+    // Each end's addresses are the other's, reversed.
+    EXPECT_EQ(p.server->peerAddress().address(), ip(GetParam()));
+    EXPECT_EQ(p.server->peerAddress().toString(), p.client->localAddress().toString());
+    EXPECT_EQ(p.client->peerAddress().toString(), p.server->localAddress().toString());
+    EXPECT_EQ(p.client->peerAddress().port(), p.listener->address().port());
     std::string atServer, atClient;
     p.server->onData = [&](Stream::Bytes b) {
         atServer.append(b.begin(), b.end());

@@ -20,6 +20,13 @@ using namespace std::chrono_literals;
 
 std::vector<uint8_t> bytesOf(const std::string& s) { return {s.begin(), s.end()}; }
 
+WireOptions wire(Duration latency, size_t maxChunk) {
+    WireOptions o;
+    o.latency = latency;
+    o.maxChunk = maxChunk;
+    return o;
+}
+
 struct DeliveryCase {
     const char* name;
     WireOptions options;
@@ -66,15 +73,28 @@ TEST_P(WireDelivery, BytesArriveInOrderAfterTheLatencyInPiecesOfAtMostMaxChunk) 
 
 INSTANTIATE_TEST_SUITE_P(Cases, WireDelivery,
                          ::testing::Values(DeliveryCase{"AsSent", {}, {"OPEN", "KEEPALIVE"}, 2},
-                                           DeliveryCase{"Latency", {10ms, 0}, {"abc", "def"}, 2},
-                                           DeliveryCase{"ByteByByte", {0ms, 1}, {"abc", "de"}, 5},
-                                           DeliveryCase{"SplitAcrossMessages", {5ms, 4}, {"0123456789"}, 3}),
+                                           DeliveryCase{"Latency", wire(10ms, 0), {"abc", "def"}, 2},
+                                           DeliveryCase{"ByteByByte", wire(0ms, 1), {"abc", "de"}, 5},
+                                           DeliveryCase{"SplitAcrossMessages", wire(5ms, 4), {"0123456789"}, 3}),
                          [](const auto& info) { return info.param.name; });
+
+TEST(Wire, EachEndReportsTheAddressesItWasGiven) {
+    VirtualClock clock;
+    Reactor r(clock);
+    WireOptions o;
+    o.first = engine::SockAddr::of(*engine::IpAddress::parse("10.0.0.1"), 40000);
+    o.second = engine::SockAddr::of(*engine::IpAddress::parse("10.0.0.2"), 179);
+    auto [a, b] = engine::makeWire(r, o);
+    EXPECT_EQ(a->localAddress().toString(), "10.0.0.1:40000");
+    EXPECT_EQ(a->peerAddress().toString(), "10.0.0.2:179");
+    EXPECT_EQ(b->localAddress().toString(), "10.0.0.2:179");
+    EXPECT_EQ(b->peerAddress().toString(), "10.0.0.1:40000");
+}
 
 TEST(Wire, BothWaysAndRepliesFromInsideTheHandler) {
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {1ms, 0});
+    auto [a, b] = engine::makeWire(r, wire(1ms, 0));
     std::string atA;
     b->onData = [&](Stream::Bytes bytes) {
         std::string s(bytes.begin(), bytes.end());
@@ -135,7 +155,7 @@ TEST_P(WireEnd, ThePeerSeesTheEndOfTheStream) {
     const EndCase& c = GetParam();
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {2ms, 0});
+    auto [a, b] = engine::makeWire(r, wire(2ms, 0));
     std::string got;
     std::vector<std::error_code> closes;
     b->onData = [&](Stream::Bytes bytes) { got.append(bytes.begin(), bytes.end()); };
@@ -170,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, WireEnd,
 TEST(Wire, HandlersMayDestroyEitherEnd) {
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {0ms, 2});
+    auto [a, b] = engine::makeWire(r, wire(0ms, 2));
     int pieces = 0;
     b->onData = [&](Stream::Bytes) {
         if (++pieces == 2) {
@@ -221,7 +241,7 @@ TEST_P(WireSessions, HoldTimerExpiresNineSecondsAfterTheLastKeepalive) {
     const HoldCase& c = GetParam();
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {c.latency, 0});
+    auto [a, b] = engine::makeWire(r, wire(c.latency, 0));
     ToySession left(r, *a), right(r, *b);
     clock.advance(c.deafAt);
     b->pauseReading(true);

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -27,8 +28,9 @@ public:
     virtual std::optional<Time> nextDeadline() const = 0;
     // Runs timers due at or before `now`, then whatever they posted.
     virtual void fireDue(Time now) = 0;
-    // Runs posted work and ready descriptors without waiting.
-    virtual void runReady() = 0;
+    // Runs posted work and ready descriptors without waiting; returns how
+    // many callbacks ran.
+    virtual size_t runReady() = 0;
 };
 
 class Clock {

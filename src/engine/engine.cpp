@@ -9,7 +9,12 @@ namespace engine {
 
 Engine::Engine(Clock& clock) : reactor_(clock) {}
 
-Engine::~Engine() { shutdown(); }
+Engine::~Engine() {
+    try {
+        shutdown();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): nothing to tell at destruction
+    }
+}
 
 Engine& Engine::instance() {
     static Engine engine;
@@ -88,6 +93,7 @@ void Engine::shutdown(Duration grace) {
         }
     });
     thread_.join();
+    reactor_.dropPosted();  // posted while the loop was ending
     running_ = false;
 }
 

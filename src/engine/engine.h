@@ -24,6 +24,8 @@
 
 namespace engine {
 
+class ReplyQueue;
+
 class Engine {
 public:
     // The hook calls `done` once its clean shutdown is over (at once, or
@@ -59,13 +61,22 @@ public:
         return future;
     }
 
+    // Runs fn on the engine thread, then `then` on the thread that drains
+    // `replies`, with a ready future holding fn's result or exception.
+    template <class F, class Then>
+    void request(ReplyQueue& replies, F fn, Then then);
+
     // Hooks run in the order they were added. Returns a number for removeShutdownHook.
     // Thread-safe.
     int addShutdownHook(ShutdownHook hook);
     void removeShutdownHook(int id);
 
-    // Thread-safe, idempotent, not from the engine thread. The engine can be
-    // started again afterwards.
+    // Thread-safe, idempotent, not from the engine thread. Work posted but
+    // not run by then is dropped (call() futures see a broken promise). The
+    // engine can be started again afterwards.
+    //
+    // With a virtual clock, only the engine thread may advance it (from a
+    // posted command); unit tests in virtual time use a Reactor directly.
     void shutdown(Duration grace = std::chrono::seconds(2));
 
 private:
@@ -97,5 +108,18 @@ private:
     mutable std::mutex mutex_;
     std::vector<std::function<void()>> items_;
 };
+
+template <class F, class Then>
+void Engine::request(ReplyQueue& replies, F fn, Then then) {
+    using R = std::invoke_result_t<F&>;
+    post([&replies, fn = std::move(fn), then = std::move(then)]() mutable {
+        std::packaged_task<R()> task(std::move(fn));
+        auto future = task.get_future();
+        task();
+        replies.push([then = std::move(then), future = std::make_shared<std::future<R>>(std::move(future))]() mutable {
+            then(std::move(*future));
+        });
+    });
+}
 
 }  // namespace engine

@@ -13,7 +13,7 @@
 namespace engine {
 
 struct IpAddress {
-    int family = AF_INET;           // AF_INET or AF_INET6
+    int family = AF_INET;             // AF_INET or AF_INET6
     std::array<uint8_t, 16> bytes{};  // network order; IPv4 uses the first four
 
     // Dotted IPv4 or IPv6 text; nothing for anything else.

@@ -6,6 +6,7 @@
 #include <linux/if_link.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -101,7 +102,9 @@ int onAddress(const nlmsghdr* nlh, void* data) {
     return MNL_CB_OK;
 }
 
-std::string withPrefix(const IpAddress& a, int prefixLength) { return a.toString() + "/" + std::to_string(prefixLength); }
+std::string withPrefix(const IpAddress& a, int prefixLength) {
+    return a.toString() + "/" + std::to_string(prefixLength);
+}
 
 }  // namespace
 
@@ -119,14 +122,19 @@ Netlink::Netlink(const std::string& netns) : netns_(netns), buffer_(32768) {
         throw std::system_error(err, std::generic_category(), "netlink bind " + where(netns));
     }
     portid_ = mnl_socket_get_portid(socket_);
+    // The kernel answers at once; a lost answer becomes an error, not a hang.
+    const timeval limit{5, 0};
+    setsockopt(mnl_socket_get_fd(socket_), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
 }
 
 Netlink::~Netlink() { mnl_socket_close(socket_); }
 
-void Netlink::transact(nlmsghdr* request, Callback cb, void* data, const std::string& what) {
+void Netlink::transact(nlmsghdr* request, Callback cb, void* data, const std::string& what, bool dump) {
     const uint32_t seq = ++seq_;
     request->nlmsg_seq = seq;
-    request->nlmsg_flags |= NLM_F_ACK;
+    // A dump ends with NLMSG_DONE; anything else is answered by an ack.
+    // (The flag bits of a dump are reused by other requests: NLM_F_EXCL.)
+    request->nlmsg_flags |= dump ? NLM_F_DUMP : NLM_F_ACK;
     auto failed = [&](int err) { return std::system_error(err, std::generic_category(), what + " " + where(netns_)); };
     if (mnl_socket_sendto(socket_, request, request->nlmsg_len) < 0) throw failed(errno);
     for (;;) {
@@ -172,11 +180,11 @@ std::vector<LinkInfo> Netlink::links() {
     char buf[MNL_SOCKET_BUFFER_SIZE];
     nlmsghdr* nlh = mnl_nlmsg_put_header(buf);
     nlh->nlmsg_type = RTM_GETLINK;
-    nlh->nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    nlh->nlmsg_flags = NLM_F_REQUEST;
     auto* ifi = static_cast<ifinfomsg*>(mnl_nlmsg_put_extra_header(nlh, sizeof(ifinfomsg)));
     ifi->ifi_family = AF_UNSPEC;
     std::vector<LinkInfo> found;
-    transact(nlh, onLink, &found, "list interfaces");
+    transact(nlh, onLink, &found, "list interfaces", true);
     return found;
 }
 
@@ -197,11 +205,11 @@ std::vector<IfAddress> Netlink::addresses(int ifindex, int family) {
     char buf[MNL_SOCKET_BUFFER_SIZE];
     nlmsghdr* nlh = mnl_nlmsg_put_header(buf);
     nlh->nlmsg_type = RTM_GETADDR;
-    nlh->nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+    nlh->nlmsg_flags = NLM_F_REQUEST;
     auto* ifa = static_cast<ifaddrmsg*>(mnl_nlmsg_put_extra_header(nlh, sizeof(ifaddrmsg)));
     ifa->ifa_family = uint8_t(family);
     AddressDump dump{ifindex, family, {}};
-    transact(nlh, onAddress, &dump, "list addresses of interface " + std::to_string(ifindex));
+    transact(nlh, onAddress, &dump, "list addresses of interface " + std::to_string(ifindex), true);
     return std::move(dump.out);
 }
 

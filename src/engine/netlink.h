@@ -62,7 +62,7 @@ public:
 
 private:
     using Callback = int (*)(const nlmsghdr*, void*);
-    void transact(nlmsghdr* request, Callback cb, void* data, const std::string& what);
+    void transact(nlmsghdr* request, Callback cb, void* data, const std::string& what, bool dump = false);
     std::optional<LinkInfo> getLink(int ifindex, const std::string& ifname);
     void address(int type, int ifindex, const IpAddress& a, int prefixLength);
     void hostRoute(int type, int ifindex, const IpAddress& host);

@@ -19,7 +19,8 @@ namespace {
 std::string pathOf(const std::string& name) { return "/run/netns/" + name; }
 
 [[noreturn]] void fail(const std::string& netns, int err, const std::string& what) {
-    throw std::system_error(err, std::generic_category(), "network namespace '" + netns + "': " + what);
+    const std::string where = netns.empty() ? "the process's network namespace" : "network namespace '" + netns + "'";
+    throw std::system_error(err, std::generic_category(), where + ": " + what);
 }
 
 }  // namespace
@@ -29,9 +30,7 @@ bool validNetnsName(const std::string& name) {
            name.find('\0') == std::string::npos;
 }
 
-bool netnsExists(const std::string& name) {
-    return validNetnsName(name) && ::access(pathOf(name).c_str(), F_OK) == 0;
-}
+bool netnsExists(const std::string& name) { return validNetnsName(name) && ::access(pathOf(name).c_str(), F_OK) == 0; }
 
 void runInNetnsVoid(const std::string& netns, const std::function<void()>& fn) {
     if (netns.empty()) return fn();

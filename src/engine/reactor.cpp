@@ -4,6 +4,7 @@
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <stdexcept>
@@ -129,10 +130,8 @@ void Reactor::heapRemove(uint32_t slot) {
 
 void Reactor::heapFix(uint32_t slot) {
     const size_t pos = slots_[slot].heapIndex;
-    if (pos > 0 && before(slot, heap_[(pos - 1) / 2]))
-        siftUp(pos);
-    else
-        siftDown(pos);
+    if (pos > 0 && before(slot, heap_[(pos - 1) / 2])) siftUp(pos);
+    else siftDown(pos);
 }
 
 TimerId Reactor::arm(Duration delay, Duration period, std::function<void()> cb) {
@@ -225,13 +224,13 @@ void Reactor::armTimerfd() {
     if (clock_.isVirtual()) return;
     const std::optional<Time> next = nextDeadline();
     if (next == timerfdArmedAt_) return;
-    itimerspec spec{};
+    itimerspec at{};
     if (next) {
         const int64_t ns = std::max<int64_t>(next->count(), 1);  // zero would disarm
-        spec.it_value.tv_sec = ns / 1'000'000'000;
-        spec.it_value.tv_nsec = ns % 1'000'000'000;
+        at.it_value.tv_sec = ns / 1'000'000'000;
+        at.it_value.tv_nsec = ns % 1'000'000'000;
     }
-    if (timerfd_settime(timerfd_.get(), TFD_TIMER_ABSTIME, &spec, nullptr) < 0) throwErrno("timerfd_settime");
+    if (timerfd_settime(timerfd_.get(), TFD_TIMER_ABSTIME, &at, nullptr) < 0) throwErrno("timerfd_settime");
     timerfdArmedAt_ = next;
 }
 
@@ -243,8 +242,13 @@ void Reactor::watch(int fd, uint32_t events, std::function<void(uint32_t)> cb) {
     ev.events = toEpoll(events);
     const uint32_t generation = ++watchGeneration_;
     ev.data.u64 = (uint64_t(generation) << 32) | uint32_t(fd);
+    // A descriptor closed while watched left its entry behind, and its
+    // number may come back: the kernel's view decides between add and modify.
     const bool known = watches_.count(fd) != 0;
-    if (epoll_ctl(epoll_.get(), known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, fd, &ev) < 0) throwErrno("epoll_ctl watch");
+    int rc = epoll_ctl(epoll_.get(), known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, fd, &ev);
+    if (rc < 0 && errno == (known ? ENOENT : EEXIST))
+        rc = epoll_ctl(epoll_.get(), known ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, fd, &ev);
+    if (rc < 0) throwErrno("epoll_ctl watch");
     watches_[fd] = Watch{generation, std::move(cb)};
 }
 
@@ -340,6 +344,16 @@ void Reactor::run() {
     while (!stopped()) poll(Duration{-1});
 }
 
+bool Reactor::runUntil(const std::function<bool()>& done, Duration limit) {
+    const Time end = steadyClock().now() + limit;
+    while (!done()) {
+        const Duration left = end - steadyClock().now();
+        if (left <= Duration{0}) return done();
+        poll(std::min<Duration>(left, std::chrono::milliseconds(10)));
+    }
+    return true;
+}
+
 void Reactor::stop() {
     {
         std::lock_guard lock(postMutex_);
@@ -352,6 +366,15 @@ void Reactor::stop() {
 bool Reactor::stopped() const {
     std::lock_guard lock(postMutex_);
     return stop_;
+}
+
+size_t Reactor::dropPosted() {
+    std::vector<std::function<void()>> work;
+    {
+        std::lock_guard lock(postMutex_);
+        work.swap(posted_);
+    }
+    return work.size();
 }
 
 void Reactor::restart() {

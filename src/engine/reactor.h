@@ -77,11 +77,17 @@ public:
     // One turn: waits at most `timeout` for something to happen (zero: not
     // at all), then serves what is ready. Returns the number of callbacks run.
     size_t poll(Duration timeout = Duration{0});
+    // Serves events until done() holds or `limit` has passed on the real
+    // clock; returns done(). For tests and set-up code on the real clock.
+    bool runUntil(const std::function<bool()>& done, Duration limit);
     // Thread-safe; run() returns after the current turn.
     void stop();
     bool stopped() const;
     // Clears a stop() so that run() may be called again.
     void restart();
+    // Destroys posted work that will not run (the loop has ended): a
+    // future waiting on it sees a broken promise instead of waiting for ever.
+    size_t dropPosted();
 
 private:
     struct Slot {
@@ -102,7 +108,7 @@ private:
     // TimerSource (the virtual clock's view).
     std::optional<Time> nextDeadline() const override;
     void fireDue(Time now) override;
-    void runReady() override { poll(Duration{0}); }
+    size_t runReady() override { return poll(Duration{0}); }
 
     size_t fireTimers(Time now);
     TimerId arm(Duration delay, Duration period, std::function<void()> cb);

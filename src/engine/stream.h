@@ -1,9 +1,10 @@
 // A byte stream as a speaker sees it: a TCP connection on the reactor or one
-// end of an in-memory wire. Bytes sent are queued without bound by the
-// stream itself, so the owner watches the queue: highWater fires once when
-// the queued bytes reach the high mark, lowWater once they are back at or
-// under the low mark; a hard limit refuses whole sends beyond it (framing
-// stays intact). Received bytes arrive as spans valid during the call.
+// end of an in-memory wire. Bytes the kernel (or the other end) does not
+// take at once wait in the stream's queue, which the owner watches:
+// onHighWater fires once when the queued bytes reach the high mark (1 MiB
+// unless set), onLowWater once they are back at or under the low mark
+// (256 KiB); past the limit (64 MiB) a send is refused whole, so framing
+// stays intact. Received bytes arrive as spans valid during the call.
 //
 // Any handler may destroy the stream; the stream touches nothing of itself
 // afterwards. close() and abort() made by the owner fire no handler.
@@ -15,6 +16,8 @@
 #include <memory>
 #include <span>
 #include <system_error>
+
+#include "engine/sockaddr.h"
 
 namespace engine {
 
@@ -45,6 +48,10 @@ public:
     // Stops (true) or resumes delivering received bytes: the peer then
     // sees back-pressure in its own queue.
     virtual void pauseReading(bool paused) = 0;
+
+    // The two ends' addresses; empty (length 0) where there are none.
+    virtual SockAddr localAddress() const = 0;
+    virtual SockAddr peerAddress() const = 0;
 
     size_t queued() const { return queued_; }
     bool open() const { return state_ == State::kOpen; }

@@ -15,9 +15,7 @@ namespace engine {
 
 namespace {
 
-[[noreturn]] void throwErrno(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
-}
+[[noreturn]] void throwErrno(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
 
 void setInt(int fd, int level, int name, int value, const char* what) {
     if (::setsockopt(fd, level, name, &value, sizeof value) < 0) throwErrno(what);
@@ -37,69 +35,16 @@ constexpr int kReadsPerTurn = 16;  // then other descriptors get their turn
 
 }  // namespace
 
-// ---------------------------------------------------------------- addresses
-
-SockAddr SockAddr::of(const IpAddress& a, uint16_t port, uint32_t scopeId) {
-    SockAddr s;
-    if (a.isV6()) {
-        auto* sin6 = reinterpret_cast<sockaddr_in6*>(&s.storage);
-        sin6->sin6_family = AF_INET6;
-        sin6->sin6_port = htons(port);
-        sin6->sin6_scope_id = scopeId;
-        std::memcpy(&sin6->sin6_addr, a.bytes.data(), 16);
-        s.length = sizeof(sockaddr_in6);
-    } else {
-        auto* sin = reinterpret_cast<sockaddr_in*>(&s.storage);
-        sin->sin_family = AF_INET;
-        sin->sin_port = htons(port);
-        std::memcpy(&sin->sin_addr, a.bytes.data(), 4);
-        s.length = sizeof(sockaddr_in);
-    }
-    return s;
-}
-
-IpAddress SockAddr::address() const {
-    IpAddress a;
-    if (storage.ss_family == AF_INET6) {
-        a.family = AF_INET6;
-        std::memcpy(a.bytes.data(), &reinterpret_cast<const sockaddr_in6*>(&storage)->sin6_addr, 16);
-    } else {
-        std::memcpy(a.bytes.data(), &reinterpret_cast<const sockaddr_in*>(&storage)->sin_addr, 4);
-    }
-    return a;
-}
-
-uint16_t SockAddr::port() const {
-    return ntohs(storage.ss_family == AF_INET6 ? reinterpret_cast<const sockaddr_in6*>(&storage)->sin6_port
-                                               : reinterpret_cast<const sockaddr_in*>(&storage)->sin_port);
-}
-
-std::string SockAddr::toString() const {
-    const std::string host = address().toString();
-    return (storage.ss_family == AF_INET6 ? "[" + host + "]" : host) + ":" + std::to_string(port());
-}
-
-SockAddr localAddress(int fd) {
-    SockAddr s;
-    s.length = sizeof s.storage;
-    if (::getsockname(fd, reinterpret_cast<sockaddr*>(&s.storage), &s.length) < 0) throwErrno("getsockname");
-    return s;
-}
-
-SockAddr peerAddress(int fd) {
-    SockAddr s;
-    s.length = sizeof s.storage;
-    if (::getpeername(fd, reinterpret_cast<sockaddr*>(&s.storage), &s.length) < 0) throwErrno("getpeername");
-    return s;
-}
-
 // ---------------------------------------------------------------- options
 
 void setTtl(int fd, int ttl) {
-    if (familyOf(fd) == AF_INET6)
-        setInt(fd, IPPROTO_IPV6, IPV6_UNICAST_HOPS, ttl, "set IPv6 hop limit");
-    else
-        setInt(fd, IPPROTO_IP, IP_TTL, ttl, "set IPv4 TTL");
+    if (familyOf(fd) == AF_INET6) setInt(fd, IPPROTO_IPV6, IPV6_UNICAST_HOPS, ttl, "set IPv6 hop limit");
+    else setInt(fd, IPPROTO_IP, IP_TTL, ttl, "set IPv4 TTL");
+}
+
+void setMinTtl(int fd, int minTtl) {
+    if (familyOf(fd) == AF_INET6) setInt(fd, IPPROTO_IPV6, IPV6_MINHOPCOUNT, minTtl, "set IPv6 minimum hop limit");
+    else setInt(fd, IPPROTO_IP, IP_MINTTL, minTtl, "set IPv4 minimum TTL");
 }
 
 void setMd5Key(int fd, const IpAddress& peer, std::string_view key) {
@@ -133,6 +78,7 @@ Fd tcpConnect(const std::string& netns, const IpAddress& remote, uint16_t port, 
     Fd fd(socketIn(netns, remote.family, SOCK_STREAM | SOCK_NONBLOCK, 0));
     if (remote.isV6()) setInt(fd.get(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "set IPV6_V6ONLY");
     if (options.ttl > 0) setTtl(fd.get(), options.ttl);
+    if (options.minTtl > 0) setMinTtl(fd.get(), options.minTtl);
     if (!options.md5Key.empty()) setMd5Key(fd.get(), remote, options.md5Key);
     if (options.noDelay) setNoDelay(fd.get(), true);
     if (options.local || options.localPort) {
@@ -161,7 +107,14 @@ Fd tcpListen(const std::string& netns, const IpAddress& local, uint16_t port, in
 
 TcpConnection::TcpConnection(Reactor& reactor, Fd fd, State state) : reactor_(reactor), fd_(std::move(fd)) {
     state_ = state;
+    if (state_ == State::kOpen) learnAddresses();
     updateInterest();
+}
+
+void TcpConnection::learnAddresses() {
+    local_.length = peer_.length = sizeof(sockaddr_storage);
+    if (::getsockname(fd_.get(), reinterpret_cast<sockaddr*>(&local_.storage), &local_.length) < 0) local_ = {};
+    if (::getpeername(fd_.get(), reinterpret_cast<sockaddr*>(&peer_.storage), &peer_.length) < 0) peer_ = {};
 }
 
 std::unique_ptr<TcpConnection> TcpConnection::connect(Reactor& reactor, Fd fd) {
@@ -218,6 +171,7 @@ void TcpConnection::onEvents(uint32_t events) {
         if (const std::error_code ec = socketError(fd_.get())) return fail(ec);
         if (!(events & kWritable)) return;
         state_ = State::kOpen;
+        learnAddresses();
         updateInterest();
         if (onConnected) onConnected({});
         return;

@@ -6,9 +6,6 @@
 // std::system_error naming what was asked (and the namespace).
 #pragma once
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -19,29 +16,16 @@
 #include "engine/fd.h"
 #include "engine/ip.h"
 #include "engine/reactor.h"
+#include "engine/sockaddr.h"
 #include "engine/stream.h"
 
 namespace engine {
 
-struct SockAddr {
-    sockaddr_storage storage{};
-    socklen_t length = 0;
-
-    // scopeId: the interface index of an IPv6 link-local address.
-    static SockAddr of(const IpAddress& a, uint16_t port, uint32_t scopeId = 0);
-    IpAddress address() const;
-    uint16_t port() const;
-    const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&storage); }
-    std::string toString() const;  // "10.0.0.1:179", "[2001:db8::1]:179"
-};
-
-SockAddr localAddress(int fd);
-SockAddr peerAddress(int fd);
-
 struct TcpOptions {
     std::optional<IpAddress> local;  // source address of a connect
     uint16_t localPort = 0;
-    int ttl = 0;  // IPv4 TTL or IPv6 hop limit of sent packets; 0 leaves the kernel's
+    int ttl = 0;         // IPv4 TTL or IPv6 hop limit of sent packets; 0 leaves the kernel's
+    int minTtl = 0;      // setMinTtl when above 0
     std::string md5Key;  // RFC 2385 signature with the peer (connect) when not empty
     bool noDelay = true;
     uint32_t scopeId = 0;  // for IPv6 link-local addresses
@@ -52,10 +36,12 @@ struct TcpOptions {
 Fd tcpConnect(const std::string& netns, const IpAddress& remote, uint16_t port, const TcpOptions& options = {});
 // A listening socket bound to local:port (SO_REUSEADDR). Give each peer's
 // MD5 key with setMd5Key on it; accepted connections inherit the keys.
-Fd tcpListen(const std::string& netns, const IpAddress& local, uint16_t port, int backlog = 64,
-             uint32_t scopeId = 0);
+Fd tcpListen(const std::string& netns, const IpAddress& local, uint16_t port, int backlog = 64, uint32_t scopeId = 0);
 
 void setTtl(int fd, int ttl);  // IPv4 TTL or IPv6 hop limit, from the socket's family
+// Drops received segments whose TTL (hop limit) is below minTtl: a peer one
+// hop away that sends with 255 passes with 255 (RFC 5082); 0 turns it off.
+void setMinTtl(int fd, int minTtl);
 // Requires the peer's segments to carry this key (at most 80 bytes); an
 // empty key removes the requirement.
 void setMd5Key(int fd, const IpAddress& peer, std::string_view key);
@@ -76,6 +62,9 @@ public:
     void close() override;
     void abort() override;
     void pauseReading(bool paused) override;
+    // Known once connected; kept after the stream is closed.
+    SockAddr localAddress() const override { return local_; }
+    SockAddr peerAddress() const override { return peer_; }
 
     int fd() const { return fd_.get(); }
 
@@ -87,6 +76,7 @@ private:
     void updateInterest();
     void shut();
     void fail(std::error_code ec);  // closes, then onClosed (or onConnected while connecting)
+    void learnAddresses();
 
     Reactor& reactor_;
     Fd fd_;
@@ -94,6 +84,7 @@ private:
     size_t outHead_ = 0;
     bool paused_ = false;
     uint32_t interest_ = 0;
+    SockAddr local_, peer_;
 };
 
 class TcpListener {

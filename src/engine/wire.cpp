@@ -48,6 +48,9 @@ public:
         resetPeer();
     }
 
+    SockAddr localAddress() const override { return side_ == 0 ? options_.first : options_.second; }
+    SockAddr peerAddress() const override { return side_ == 0 ? options_.second : options_.first; }
+
     void pauseReading(bool paused) override {
         paused_ = paused;
         // The other end's bytes were held for us.

@@ -22,6 +22,8 @@ namespace engine {
 struct WireOptions {
     Duration latency{0};
     size_t maxChunk = 0;
+    // What the ends report as their addresses (first end, second end).
+    SockAddr first, second;
 };
 
 std::pair<std::unique_ptr<Stream>, std::unique_ptr<Stream>> makeWire(Reactor& reactor, WireOptions options = {});

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/engine.h"
+#include "engine/snapshot.h"
 
 namespace {
 
@@ -74,10 +75,8 @@ TEST_P(EngineShutdown, HooksRunOnTheLoopAndHoldTheJoinUntilDoneOrGrace) {
                 finished();
                 finished();  // twice must not count twice
             };
-            if (after == 0)
-                finish();
-            else
-                e.reactor().after(std::chrono::milliseconds(after), finish);
+            if (after == 0) finish();
+            else e.reactor().after(std::chrono::milliseconds(after), finish);
         });
     }
     const auto start = std::chrono::steady_clock::now();
@@ -87,8 +86,8 @@ TEST_P(EngineShutdown, HooksRunOnTheLoopAndHoldTheJoinUntilDoneOrGrace) {
     std::vector<std::string> want;
     for (size_t i = 0; i < c.hookDoneAfterMs.size(); ++i) want.push_back("hook" + std::to_string(i));
     EXPECT_EQ(log, want);
-    const int expectDone =
-        int(std::count_if(c.hookDoneAfterMs.begin(), c.hookDoneAfterMs.end(), [&](int a) { return a >= 0 && a < c.graceMs; }));
+    const int expectDone = int(std::count_if(c.hookDoneAfterMs.begin(), c.hookDoneAfterMs.end(),
+                                             [&](int a) { return a >= 0 && a < c.graceMs; }));
     EXPECT_EQ(done.load(), expectDone);
     EXPECT_EQ(done.load() == int(c.hookDoneAfterMs.size()), c.expectAllDone);
     EXPECT_GE(took, std::chrono::milliseconds(c.minMs));
@@ -108,6 +107,43 @@ TEST(Engine, StartsAgainAfterShutdown) {
     e.call([] {}).get();
     e.shutdown();
     EXPECT_EQ(e.call([] { return 3; }).get(), 3);
+}
+
+TEST(Engine, RequestBringsResultOrExceptionToThePollingThread) {
+    Engine e;
+    engine::ReplyQueue replies;
+    std::vector<std::string> got;
+    e.request(
+        replies, [] { return std::string("Established"); },
+        [&](std::future<std::string> f) { got.push_back(f.get()); });
+    e.request(
+        replies, []() -> std::string { throw std::runtime_error("no session"); },
+        [&](std::future<std::string> f) {
+            try {
+                f.get();
+            } catch (const std::runtime_error& x) {
+                got.push_back(std::string("error: ") + x.what());
+            }
+        });
+    e.call([] {}).get();
+    EXPECT_TRUE(got.empty()) << "replies wait for the poll";
+    EXPECT_EQ(replies.drain(), 2u);
+    EXPECT_EQ(got, (std::vector<std::string>{"Established", "error: no session"}));
+}
+
+TEST(Engine, WorkLeftAtShutdownBreaksItsPromiseInsteadOfHanging) {
+    Engine e;
+    std::future<int> late;
+    e.addShutdownHook([&](std::function<void()> done) {
+        late = e.call([] { return 1; });  // posted while the loop ends
+        e.reactor().stop();
+        done();
+    });
+    e.start();
+    e.shutdown();
+    ASSERT_TRUE(late.valid());
+    ASSERT_EQ(late.wait_for(1s), std::future_status::ready);
+    EXPECT_THROW(late.get(), std::future_error);
 }
 
 TEST(ReplyQueue, ResultsCrossToThePollingThread) {
@@ -130,6 +166,29 @@ TEST(ReplyQueue, ResultsCrossToThePollingThread) {
     EXPECT_EQ(got, (std::vector<int>{0, 1, 2}));
     p.revents = 0;
     EXPECT_EQ(::poll(&p, 1, 0), 0) << "drained: nothing signalled";
+}
+
+TEST(Published, ReadersKeepTheirVersionWhileTheEnginePublishesNewOnes) {
+    Engine e;
+    engine::Published<std::vector<int>> table;
+    EXPECT_EQ(table.get(), nullptr);
+    EXPECT_EQ(e.call([&] { return table.publish(std::vector<int>{5, 5, 5}); }).get(), 1u);
+    const auto held = table.get();
+    // The engine publishes a thousand tables while this thread reads.
+    auto writer = e.call([&] {
+        for (int i = 0; i < 1000; ++i) table.publish(std::vector<int>(size_t(i % 7), i));
+    });
+    uint64_t last = 0;
+    while (writer.wait_for(0ms) != std::future_status::ready) {
+        const auto [value, version] = table.getVersioned();
+        EXPECT_GE(version, last) << "versions only grow";
+        last = version;
+        for (int x : *value) EXPECT_EQ(x, (*value)[0]) << "a table is never seen half-written";
+    }
+    writer.get();
+    EXPECT_EQ(*held, (std::vector<int>{5, 5, 5})) << "an old version stays as it was";
+    EXPECT_EQ(table.version(), 1001u);
+    EXPECT_EQ(*table.get(), std::vector<int>(999 % 7, 999));
 }
 
 }  // namespace

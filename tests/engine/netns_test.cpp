@@ -11,69 +11,28 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "engine/netlink.h"
 #include "engine/netns.h"
 #include "engine/reactor.h"
 #include "engine/tcp.h"
+#include "lab.h"
 
 namespace {
 
 using engine::IpAddress;
 using engine::Netlink;
+using engine_test::Lab;
 using namespace std::chrono_literals;
 
 IpAddress ip(const char* text) { return *IpAddress::parse(text); }
 
-bool sh(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
-
-// Two namespaces and a veth pair between them, named from the PID; the
-// veth ends are made straight inside the namespaces, so deleting the
-// namespaces removes everything.
-struct Lab {
-    std::string nsA, nsB, ifA, ifB;
-    bool ok = false;
-    std::string why;
-
-    Lab() {
-        const std::string pid = std::to_string(getpid());
-        nsA = "zkeng" + pid + "a";
-        nsB = "zkeng" + pid + "b";
-        ifA = "zkv" + pid + "a";
-        ifB = "zkv" + pid + "b";
-        if (geteuid() != 0) {
-            why = "needs root for network namespaces";
-            return;
-        }
-        if (!sh("ip netns add " + nsA) || !sh("ip netns add " + nsB)) {
-            why = "cannot create network namespaces";
-            return;
-        }
-        ok = sh("ip link add " + ifA + " netns " + nsA + " type veth peer name " + ifB + " netns " + nsB) &&
-             sh("ip -n " + nsA + " link set lo up") && sh("ip -n " + nsB + " link set lo up");
-        if (!ok) why = "cannot create a veth pair";
-    }
-    ~Lab() {
-        sh("ip netns del " + nsA);
-        sh("ip netns del " + nsB);
-    }
-};
-
-class Netns : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { lab = std::make_unique<Lab>(); }
-    static void TearDownTestSuite() { lab.reset(); }
-    void SetUp() override {
-        if (!lab->ok) GTEST_SKIP() << lab->why;
-    }
-    static std::unique_ptr<Lab> lab;
-};
-std::unique_ptr<Lab> Netns::lab;
+class Netns : public engine_test::LabTest {};
 
 int ifindexSeenBy(int fd, const std::string& name) {
     ifreq req{};
@@ -221,9 +180,8 @@ protected:
     };
     static Ends plumb(bool v6) {
         Ends e{ip(v6 ? "2001:db8:77::1" : "10.77.0.1"), ip(v6 ? "2001:db8:77::2" : "10.77.0.2")};
-        static bool done[2] = {false, false};
-        if (done[v6]) return e;
-        done[v6] = true;
+        if (lab->plumbed[v6]) return e;
+        lab->plumbed[v6] = true;
         Netlink na(lab->nsA), nb(lab->nsB);
         const int ia = na.link(lab->ifA)->index, ib = nb.link(lab->ifB)->index;
         na.setLinkUp(ia, true);
@@ -256,8 +214,7 @@ TEST_P(NetnsTcp, ConnectsAcrossTheVethOnlyWithMatchingKeys) {
     client->onConnected = [&](std::error_code ec) { result = ec; };
     // A segment with a wrong or missing signature is dropped: the connect
     // would only time out, so a short look is enough.
-    const auto end = std::chrono::steady_clock::now() + (c.connects ? 3000ms : 400ms);
-    while (std::chrono::steady_clock::now() < end && !(result && server)) r.poll(10ms);
+    r.runUntil([&] { return result && server; }, c.connects ? 3000ms : 400ms);
     if (!c.connects) {
         EXPECT_FALSE(server);
         EXPECT_FALSE(result && !*result) << "connected without matching keys";
@@ -267,7 +224,7 @@ TEST_P(NetnsTcp, ConnectsAcrossTheVethOnlyWithMatchingKeys) {
     std::string got;
     server->onData = [&](engine::Stream::Bytes b) { got.append(b.begin(), b.end()); };
     client->send("OPEN", 4);
-    while (got.size() < 4 && std::chrono::steady_clock::now() < end + 2s) r.poll(10ms);
+    r.runUntil([&] { return got.size() >= 4; }, 2s);
     EXPECT_EQ(got, "OPEN");
 }
 

@@ -50,14 +50,12 @@ TEST_P(TimerOrder, FireInDeadlineThenArmingOrderAtTheirOwnTime) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, TimerOrder,
-    ::testing::Values(
-        OrderCase{"Scrambled", {30, 10, 20}, {100}, {"1@10", "2@20", "0@30"}},
-        OrderCase{"SameDeadlineKeepsArmingOrder", {5, 5, 1, 5}, {5}, {"2@1", "0@5", "1@5", "3@5"}},
-        OrderCase{"NotBeforeDue", {10}, {9}, {}},
-        OrderCase{"ExactlyAtDeadline", {10}, {9, 1}, {"0@10"}},
-        OrderCase{"ManySmallSteps", {3, 7}, {2, 2, 2, 2, 2}, {"0@3", "1@7"}},
-        OrderCase{"ZeroDelayAtNextAdvance", {0, 0}, {0}, {"0@0", "1@0"}},
-        OrderCase{"NegativeIsZero", {-5, 0}, {0}, {"0@0", "1@0"}}),
+    ::testing::Values(OrderCase{"Scrambled", {30, 10, 20}, {100}, {"1@10", "2@20", "0@30"}},
+                      OrderCase{"SameDeadlineKeepsArmingOrder", {5, 5, 1, 5}, {5}, {"2@1", "0@5", "1@5", "3@5"}},
+                      OrderCase{"NotBeforeDue", {10}, {9}, {}}, OrderCase{"ExactlyAtDeadline", {10}, {9, 1}, {"0@10"}},
+                      OrderCase{"ManySmallSteps", {3, 7}, {2, 2, 2, 2, 2}, {"0@3", "1@7"}},
+                      OrderCase{"ZeroDelayAtNextAdvance", {0, 0}, {0}, {"0@0", "1@0"}},
+                      OrderCase{"NegativeIsZero", {-5, 0}, {0}, {"0@0", "1@0"}}),
     [](const auto& info) { return info.param.name; });
 
 // ---------------------------------------------------------------- callbacks changing timers
@@ -111,12 +109,48 @@ TEST(ReactorVirtual, RemainingFollowsTheClock) {
     EXPECT_EQ(r.remaining(id), std::nullopt);
 }
 
+TEST(ReactorVirtual, TwoReactorsOnOneClockServeWorkPostedToEachOther) {
+    VirtualClock clock;
+    Reactor left(clock), right(clock);
+    std::vector<std::string> log;
+    // A ping-pong of posts, then a zero-delay timer armed by the last post
+    // at the very end of the advance.
+    std::function<void(int)> bounce = [&](int n) {
+        Reactor& to = n % 2 ? left : right;
+        log.push_back((n % 2 ? "L" : "R") + std::to_string(n));
+        if (n < 5) {
+            to.post([&, n] { bounce(n + 1); });
+        } else {
+            to.after(0ms, [&] { log.push_back("timer@" + std::to_string(ms(clock.now()))); });
+        }
+    };
+    left.after(10ms, [&] { bounce(0); });
+    clock.advance(10ms);
+    EXPECT_EQ(log, (std::vector<std::string>{"R0", "L1", "R2", "L3", "R4", "L5", "timer@10"}));
+    EXPECT_EQ(clock.now(), Duration(10ms));
+}
+
+TEST(ReactorVirtual, AdvanceToNextStopsAtTheNextDeadline) {
+    VirtualClock clock;
+    Reactor r(clock);
+    int fired = 0;
+    r.after(7ms, [&] { ++fired; });
+    r.after(9ms, [&] { ++fired; });
+    EXPECT_TRUE(clock.advanceToNext());
+    EXPECT_EQ(clock.now(), Duration(7ms));
+    EXPECT_EQ(fired, 1);
+    EXPECT_FALSE(clock.advanceToNext(1ms)) << "the next is 2 ms away";
+    EXPECT_TRUE(clock.advanceToNext());
+    EXPECT_EQ(fired, 2);
+    EXPECT_FALSE(clock.advanceToNext());
+}
+
 // ---------------------------------------------------------------- periodic
 
 struct PeriodicCase {
     const char* name;
     int periodMs;
-    int firstMs;  // < 0: the period
+    int firstMs;      // < 0: the period
     int cancelAfter;  // the callback cancels its timer on this run (0: never)
     int advanceMs;
     std::vector<int> firedAtMs;
@@ -288,6 +322,29 @@ TEST(ReactorReal, DescriptorCallbacksSeeReadinessAndMayUnwatchThemselves) {
     EXPECT_FALSE(r.watching(readEnd.get()));
     ASSERT_EQ(write(writeEnd.get(), "d", 1), 1);
     EXPECT_EQ(r.poll(10ms), 0u) << "an unwatched descriptor is not served";
+}
+
+TEST(ReactorReal, ADescriptorNumberClosedWhileWatchedCanBeWatchedAgain) {
+    Reactor r;
+    int first[2];
+    ASSERT_EQ(pipe(first), 0);
+    const int number = first[0];
+    r.watch(first[0], engine::kReadable, [](uint32_t) { ADD_FAILURE() << "the old pipe is gone"; });
+    close(first[0]);
+    close(first[1]);
+    int second[2];
+    ASSERT_EQ(pipe(second), 0);
+    engine::Fd readEnd(second[0]), writeEnd(second[1]);
+    ASSERT_EQ(readEnd.get(), number) << "the kernel hands out the lowest free number";
+    int seen = 0;
+    r.watch(readEnd.get(), engine::kReadable, [&](uint32_t) {
+        char c;
+        EXPECT_EQ(read(readEnd.get(), &c, 1), 1);
+        ++seen;
+    });
+    ASSERT_EQ(write(writeEnd.get(), "x", 1), 1);
+    r.poll(1s);
+    EXPECT_EQ(seen, 1);
 }
 
 TEST(ReactorReal, EventfdWritableAndReadable) {

@@ -7,6 +7,7 @@
 #include <netinet/tcp.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,15 +27,8 @@ using namespace std::chrono_literals;
 
 IpAddress ip(const char* text) { return *IpAddress::parse(text); }
 
-// Polls the reactor until done() or the time is up.
-template <class F>
-bool runUntil(Reactor& r, F done, std::chrono::milliseconds limit = 2000ms) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        r.poll(10ms);
-    }
-    return true;
+bool runUntil(Reactor& r, const std::function<bool()>& done, engine::Duration limit = 2s) {
+    return r.runUntil(done, limit);
 }
 
 struct AddressCase {
@@ -60,8 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, IpText,
                          ::testing::Values(AddressCase{"10.0.0.1", true, "10.0.0.1"},
                                            AddressCase{"2001:DB8:0:0::1", true, "2001:db8::1"},
                                            AddressCase{"::ffff:1.2.3.4", true, "::ffff:1.2.3.4"},
-                                           AddressCase{"256.1.1.1", false, ""},
-                                           AddressCase{"10.0.0.1/24", false, ""},
+                                           AddressCase{"256.1.1.1", false, ""}, AddressCase{"10.0.0.1/24", false, ""},
                                            AddressCase{"", false, ""}));
 
 TEST(IpAddress, FromHostOrderAndBytes) {
@@ -80,10 +73,9 @@ struct Pair {
     bool connected = false;
 
     explicit Pair(const char* loopback) {
-        listener = std::make_unique<TcpListener>(reactor, engine::tcpListen("", ip(loopback), 0),
-                                                 [this](Fd fd, const SockAddr&) {
-                                                     server = TcpConnection::adopt(reactor, std::move(fd));
-                                                 });
+        listener = std::make_unique<TcpListener>(
+            reactor, engine::tcpListen("", ip(loopback), 0),
+            [this](Fd fd, const SockAddr&) { server = TcpConnection::adopt(reactor, std::move(fd)); });
         client = TcpConnection::connect(reactor, engine::tcpConnect("", ip(loopback), listener->address().port()));
         client->onConnected = [this](std::error_code ec) { connected = !ec; };
         EXPECT_TRUE(runUntil(reactor, [&] { return connected && server; }));
@@ -95,7 +87,11 @@ class TcpLoopback : public ::testing::TestWithParam<const char*> {};
 TEST_P(TcpLoopback, BytesBothWaysThenTheEndOfTheStream) {
     Pair p(GetParam());
     ASSERT_TRUE(p.server);
-    EXPECT_EQ(engine::peerAddress(p.server->fd()).address(), ip(GetParam()));
+    // Each end's addresses are the other's, reversed.
+    EXPECT_EQ(p.server->peerAddress().address(), ip(GetParam()));
+    EXPECT_EQ(p.server->peerAddress().toString(), p.client->localAddress().toString());
+    EXPECT_EQ(p.client->peerAddress().toString(), p.server->localAddress().toString());
+    EXPECT_EQ(p.client->peerAddress().port(), p.listener->address().port());
     std::string atServer, atClient;
     p.server->onData = [&](Stream::Bytes b) {
         atServer.append(b.begin(), b.end());
@@ -150,10 +146,8 @@ TEST(Tcp, APeerThatNeverReadsMeetsTheHighWaterMarkAndTheLimit) {
     size_t sent = 0;
     bool refused = false;
     for (int i = 0; i < 1000 && !refused; ++i) {
-        if (p.client->send(block))
-            sent += block.size();
-        else
-            refused = true;
+        if (p.client->send(block)) sent += block.size();
+        else refused = true;
         p.reactor.poll(0ms);
     }
     EXPECT_TRUE(refused) << "the queue must stop growing at its limit";
@@ -164,9 +158,43 @@ TEST(Tcp, APeerThatNeverReadsMeetsTheHighWaterMarkAndTheLimit) {
     size_t received = 0;
     p.server->onData = [&](Stream::Bytes b) { received += b.size(); };
     p.server->pauseReading(false);
-    ASSERT_TRUE(runUntil(p.reactor, [&] { return received == sent; }, 5000ms)) << received << " of " << sent;
+    ASSERT_TRUE(runUntil(
+        p.reactor, [&] { return received == sent; }, 5000ms))
+        << received << " of " << sent;
     EXPECT_EQ(p.client->queued(), 0u);
     EXPECT_EQ(lows, 1);
+}
+
+TEST(Tcp, BytesSentWhileConnectingGoOutOnceConnected) {
+    Reactor r;
+    std::unique_ptr<TcpConnection> server;
+    TcpListener listener(r, engine::tcpListen("", ip("127.0.0.1"), 0),
+                         [&](Fd fd, const SockAddr&) { server = TcpConnection::adopt(r, std::move(fd)); });
+    auto client = TcpConnection::connect(r, engine::tcpConnect("", ip("127.0.0.1"), listener.address().port()));
+    EXPECT_TRUE(client->connecting());
+    ASSERT_TRUE(client->send("early", 5));
+    EXPECT_EQ(client->queued(), 5u);
+    std::string got;
+    ASSERT_TRUE(runUntil(r, [&] { return server != nullptr; }));
+    server->onData = [&](Stream::Bytes b) { got.append(b.begin(), b.end()); };
+    ASSERT_TRUE(runUntil(r, [&] { return got == "early"; }));
+    EXPECT_EQ(client->queued(), 0u);
+}
+
+TEST(Tcp, AHandlerMayDestroyItsConnection) {
+    Pair p("127.0.0.1");
+    ASSERT_TRUE(p.server);
+    int calls = 0;
+    p.server->onData = [&](Stream::Bytes) {
+        ++calls;
+        p.server.reset();
+    };
+    p.client->send("one", 3);
+    ASSERT_TRUE(runUntil(p.reactor, [&] { return !p.server; }));
+    bool clientClosed = false;
+    p.client->onClosed = [&](std::error_code) { clientClosed = true; };
+    ASSERT_TRUE(runUntil(p.reactor, [&] { return clientClosed; })) << "the peer sees the end";
+    EXPECT_EQ(calls, 1);
 }
 
 TEST(Tcp, ResetByThePeerIsAnError) {
@@ -197,19 +225,22 @@ TEST_P(TcpOptions, ReachTheSocket) {
     EXPECT_EQ(value, c.expect);
 }
 
-engine::TcpOptions withTtl(int ttl) {
+engine::TcpOptions withTtl(int ttl, int minTtl = 0) {
     engine::TcpOptions o;
     o.ttl = ttl;
+    o.minTtl = minTtl;
     return o;
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, TcpOptions,
-                         ::testing::Values(OptionCase{"Ttl", "127.0.0.1", withTtl(1), IPPROTO_IP, IP_TTL, 1},
-                                           OptionCase{"HopLimit", "::1", withTtl(255), IPPROTO_IPV6,
-                                                      IPV6_UNICAST_HOPS, 255},
-                                           OptionCase{"NoDelay", "127.0.0.1", {}, IPPROTO_TCP, TCP_NODELAY, 1},
-                                           OptionCase{"V6Only", "::1", {}, IPPROTO_IPV6, IPV6_V6ONLY, 1}),
-                         [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Cases, TcpOptions,
+    ::testing::Values(OptionCase{"Ttl", "127.0.0.1", withTtl(1), IPPROTO_IP, IP_TTL, 1},
+                      OptionCase{"HopLimit", "::1", withTtl(255), IPPROTO_IPV6, IPV6_UNICAST_HOPS, 255},
+                      OptionCase{"MinTtl", "127.0.0.1", withTtl(0, 254), IPPROTO_IP, IP_MINTTL, 254},
+                      OptionCase{"MinHopLimit", "::1", withTtl(0, 255), IPPROTO_IPV6, IPV6_MINHOPCOUNT, 255},
+                      OptionCase{"NoDelay", "127.0.0.1", {}, IPPROTO_TCP, TCP_NODELAY, 1},
+                      OptionCase{"V6Only", "::1", {}, IPPROTO_IPV6, IPV6_V6ONLY, 1}),
+    [](const auto& info) { return info.param.name; });
 
 TEST(Tcp, SourceAddressOfAnotherFamilyIsRefused) {
     engine::TcpOptions o;

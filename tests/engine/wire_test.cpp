@@ -20,6 +20,13 @@ using namespace std::chrono_literals;
 
 std::vector<uint8_t> bytesOf(const std::string& s) { return {s.begin(), s.end()}; }
 
+WireOptions wire(Duration latency, size_t maxChunk) {
+    WireOptions o;
+    o.latency = latency;
+    o.maxChunk = maxChunk;
+    return o;
+}
+
 struct DeliveryCase {
     const char* name;
     WireOptions options;
@@ -66,15 +73,28 @@ TEST_P(WireDelivery, BytesArriveInOrderAfterTheLatencyInPiecesOfAtMostMaxChunk) 
 
 INSTANTIATE_TEST_SUITE_P(Cases, WireDelivery,
                          ::testing::Values(DeliveryCase{"AsSent", {}, {"OPEN", "KEEPALIVE"}, 2},
-                                           DeliveryCase{"Latency", {10ms, 0}, {"abc", "def"}, 2},
-                                           DeliveryCase{"ByteByByte", {0ms, 1}, {"abc", "de"}, 5},
-                                           DeliveryCase{"SplitAcrossMessages", {5ms, 4}, {"0123456789"}, 3}),
+                                           DeliveryCase{"Latency", wire(10ms, 0), {"abc", "def"}, 2},
+                                           DeliveryCase{"ByteByByte", wire(0ms, 1), {"abc", "de"}, 5},
+                                           DeliveryCase{"SplitAcrossMessages", wire(5ms, 4), {"0123456789"}, 3}),
                          [](const auto& info) { return info.param.name; });
+
+TEST(Wire, EachEndReportsTheAddressesItWasGiven) {
+    VirtualClock clock;
+    Reactor r(clock);
+    WireOptions o;
+    o.first = engine::SockAddr::of(*engine::IpAddress::parse("10.0.0.1"), 40000);
+    o.second = engine::SockAddr::of(*engine::IpAddress::parse("10.0.0.2"), 179);
+    auto [a, b] = engine::makeWire(r, o);
+    EXPECT_EQ(a->localAddress().toString(), "10.0.0.1:40000");
+    EXPECT_EQ(a->peerAddress().toString(), "10.0.0.2:179");
+    EXPECT_EQ(b->localAddress().toString(), "10.0.0.2:179");
+    EXPECT_EQ(b->peerAddress().toString(), "10.0.0.1:40000");
+}
 
 TEST(Wire, BothWaysAndRepliesFromInsideTheHandler) {
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {1ms, 0});
+    auto [a, b] = engine::makeWire(r, wire(1ms, 0));
     std::string atA;
     b->onData = [&](Stream::Bytes bytes) {
         std::string s(bytes.begin(), bytes.end());
@@ -135,7 +155,7 @@ TEST_P(WireEnd, ThePeerSeesTheEndOfTheStream) {
     const EndCase& c = GetParam();
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {2ms, 0});
+    auto [a, b] = engine::makeWire(r, wire(2ms, 0));
     std::string got;
     std::vector<std::error_code> closes;
     b->onData = [&](Stream::Bytes bytes) { got.append(bytes.begin(), bytes.end()); };
@@ -170,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, WireEnd,
 TEST(Wire, HandlersMayDestroyEitherEnd) {
     VirtualClock clock;
     Reactor r(clock);
-    auto [a, b] = engine::makeWire(r, {0ms, 2});
+    auto [a, b] = engine::makeWire(r, wire(0ms, 2));
     int pieces = 0;
     b->onData = [&](Stream::Bytes) {
         if (++pieces == 2) {
@@ -184,5 +204,67 @@ TEST(Wire, HandlersMayDestroyEitherEnd) {
     EXPECT_FALSE(a);
     EXPECT_FALSE(b);
 }
+
+// Two toy sessions with keepalive and hold timers, the way a speaker uses
+// the engine: each sends a byte every 3 s and gives up (and stops sending)
+// 9 s after it last heard one. When one side goes deaf it expires first;
+// then the other, having heard nothing since, 9 s after the deaf side's
+// last keepalive arrived.
+struct ToySession {
+    Reactor& reactor;
+    Stream& stream;
+    engine::Timer keepalive{reactor}, hold{reactor};
+    Duration lastHeard{-1}, expiredAt{-1};
+
+    ToySession(Reactor& r, Stream& s) : reactor(r), stream(s) {
+        stream.onData = [this](Stream::Bytes) {
+            lastHeard = reactor.now();
+            hold.restart(9s);
+        };
+        keepalive.startPeriodic(3s, [this] { stream.send("K", 1); });
+        hold.start(9s, [this] {
+            expiredAt = reactor.now();
+            keepalive.cancel();
+        });
+    }
+};
+
+struct HoldCase {
+    const char* name;
+    Duration latency;
+    Duration deafAt;  // when the second session stops reading
+};
+
+class WireSessions : public ::testing::TestWithParam<HoldCase> {};
+
+TEST_P(WireSessions, HoldTimerExpiresNineSecondsAfterTheLastKeepalive) {
+    const HoldCase& c = GetParam();
+    VirtualClock clock;
+    Reactor r(clock);
+    auto [a, b] = engine::makeWire(r, wire(c.latency, 0));
+    ToySession left(r, *a), right(r, *b);
+    clock.advance(c.deafAt);
+    b->pauseReading(true);
+    clock.advance(60s);
+    ASSERT_NE(right.expiredAt, Duration{-1});
+    ASSERT_NE(left.expiredAt, Duration{-1});
+    EXPECT_EQ(right.expiredAt, right.lastHeard + 9s);
+    EXPECT_EQ(left.expiredAt, left.lastHeard + 9s);
+    EXPECT_LT(right.expiredAt, left.expiredAt);
+    // Keepalives leave at multiples of 3 s and arrive a latency later.
+    const Duration lastToRight = right.lastHeard - c.latency, lastToLeft = left.lastHeard - c.latency;
+    EXPECT_EQ(lastToRight % 3s, Duration{0});
+    EXPECT_EQ(lastToLeft % 3s, Duration{0});
+    EXPECT_LE(lastToRight + c.latency, c.deafAt) << "nothing heard after going deaf";
+    EXPECT_GT(lastToRight + c.latency + 3s, c.deafAt) << "but everything before";
+    // The deaf side's last keepalive left before it expired; one due at the
+    // same instant does not leave: the hold timer, armed earlier, fires first.
+    EXPECT_EQ(lastToLeft, (right.expiredAt - 1ns) / 3s * 3s);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, WireSessions,
+                         ::testing::Values(HoldCase{"NoLatency", 0ms, 20s}, HoldCase{"SlowWire", 1500ms, 20s},
+                                           HoldCase{"DeafOnAKeepalive", 0ms, 21s}),
+                         [](const auto& info) { return info.param.name; });
 
 }  // namespace

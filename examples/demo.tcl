@@ -23,3 +23,11 @@ foreach example {rip.tcl ospf.tcl bgp.tcl rsvp.tcl isis.tcl ospfv3.tcl ldp.tcl s
         source $path
     }
 }
+
+# A live session on the wire: as root, port 1/1/1 bound to a veth end with
+# FRR on the other; otherwise one line says why it is skipped.
+puts "\n== examples/live_bgp.tcl"
+zkchassis::reset
+set live [interp create]  ;# the examples above left objects named like Tcl's own commands
+$live eval [list source [file join $here live_bgp.tcl]]
+interp delete $live

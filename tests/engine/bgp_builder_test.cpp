@@ -614,11 +614,4 @@ TEST(Builder, AttributesTooLargeForAMessageAreRefused) {
     EXPECT_EQ(us[0].nlri.size(), 10u);
 }
 
-TEST(Builder, EndOfRibAfterTheRanges) {
-    EXPECT_EQ(encodeEndOfRib(kIpv4Unicast).size(), 23u);
-    auto u = decodeUpdate(encodeEndOfRib(kIpv6Unicast), {});
-    ASSERT_TRUE(u.ok());
-    EXPECT_EQ(u->endOfRib, kIpv6Unicast);
-}
-
 }  // namespace

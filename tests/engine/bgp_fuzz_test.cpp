@@ -33,6 +33,7 @@ std::vector<Bytes> seeds() {
     o.caps.gracefulRestart = GracefulRestart{true, true, 120, {{kIpv4Unicast, true}, {kIpv6Unicast, false}}};
     o.caps.other = {{0x80, {}}, {0x47, {1, 2, 3}}};
     s.push_back(encodeOpen(o));
+    s.push_back(message(1, hex("04 fde9 005a 0a000001 ff ff 000c 02 0002 02 00 02 0004 06 00 02 00")));
     s.push_back(encodeNotification({6, 2, {1, 2, 3}}));
     s.push_back(encodeKeepalive());
     s.push_back(encodeRouteRefresh({kIpv6Unicast, 1}));

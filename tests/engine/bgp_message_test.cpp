@@ -123,6 +123,19 @@ TEST(Open, SeveralCapabilitiesInOneParameterAndUnknownOnesKept) {
     EXPECT_EQ(o->asNumber(), 65001u);
 }
 
+TEST(Open, ExtendedParameterLengths) {
+    // RFC 9072: 255, 255, a 2-byte length (12), then parameters with 2-byte lengths.
+    auto o = decodeOpen(message(1, hex("04 fde9 005a 0a000001 ff ff 000c"
+                                       "02 0002 02 00"            // route refresh
+                                       "02 0004 06 00 02 00")));  // extended message, route refresh again
+    ASSERT_TRUE(o.ok()) << int(o.error().code) << "/" << int(o.error().subcode);
+    EXPECT_TRUE(o->caps.routeRefresh);
+    EXPECT_TRUE(o->caps.extendedMessage);
+    auto bad = decodeOpen(message(1, hex("04 fde9 005a 0a000001 ff ff 000d 02 0002 02 00 02 0004 06 00 02 00")));
+    ASSERT_FALSE(bad.ok());
+    EXPECT_EQ(bad.error().code, 1);
+}
+
 struct OpenErrorCase {
     const char* name;
     Bytes body;

@@ -2,8 +2,9 @@
 // measured in the same run on the same machine, so the figures mean the
 // same on a fast or a busy host.
 //
-//   package load   tclsh with `package require zkmainprotocol` against a
-//                  bare tclsh start (subprocesses)
+//   package load   tclsh with `package require zkmainprotocol; package
+//                  require zkchassis` against a bare tclsh start
+//                  (subprocesses): the time added, goal <= 8 ms
 //   per call       commands of the module against a bare no-op C command,
 //                  each timed in a bytecode-compiled loop with the cost of
 //                  the empty loop taken off
@@ -69,11 +70,14 @@ double runTclsh(const std::string& script, int tries) {
     return best;
 }
 
+// What loading both packages may add to a bare tclsh start.
+constexpr double kLoadGoalMs = 8;
+
 bool benchLoad(int runs) {
     std::string dir = "/tmp/zkbench." + std::to_string(getpid());
     std::string bare = dir + "-bare.tcl", load = dir + "-load.tcl";
     std::ofstream(bare) << "";
-    std::ofstream(load) << "package require zkmainprotocol\n";
+    std::ofstream(load) << "package require zkmainprotocol\npackage require zkchassis\n";
     std::vector<double> bareMs, loadMs, addedMs;
     bool ok = runTclsh(bare, 1) >= 0 && runTclsh(load, 1) >= 0;  // warms the file cache for both
     for (int i = 0; i < runs && ok; ++i) {  // interleaved, so drift of the host hits both
@@ -91,9 +95,10 @@ bool benchLoad(int runs) {
     }
     double b = median(bareMs), l = median(loadMs), added = median(addedMs);
     std::printf("package load (median of %d samples, each the best of 3 tclsh starts)\n", runs);
-    std::printf("  bare tclsh            %8.2f ms\n", b);
-    std::printf("  with zkmainprotocol   %8.2f ms   ratio %.2fx\n", l, l / b);
-    std::printf("  added                 %8.2f ms   target <= 10 ms   %s\n\n", added, verdict(added, 10));
+    std::printf("  bare tclsh                       %8.2f ms\n", b);
+    std::printf("  with zkmainprotocol, zkchassis   %8.2f ms   ratio %.2fx\n", l, l / b);
+    std::printf("  added                            %8.2f ms   target <= %g ms   %s\n\n", added, kLoadGoalMs,
+                verdict(added, kLoadGoalMs));
     return true;
 }
 

@@ -16,10 +16,12 @@
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <source_location>
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -49,7 +51,6 @@ struct AttrRecord {
     const ClassRecord* cls = nullptr;
     const char* kind = "";  // "int", "text" ... for the reference
     size_t maxLength = 0;   // text options, in characters: 0 is no limit
-    std::string getUsage, setUsage;
     const void* access = nullptr;  // the member pointer or accessor functions (kept by the class)
     Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
     void (*result)(const AttrRecord&, Tcl_Interp*, Object*) = nullptr;  // the value as the interpreter result
@@ -58,6 +59,10 @@ struct AttrRecord {
     // option, read-only ones too; false refuses it. Null: never learned.
     bool (*learn)(const AttrRecord&, Object&, Tcl_Obj*) = nullptr;
     const void* learnData = nullptr;  // kept by the class
+
+    // Usage texts of the flat commands, built when a call needs one.
+    std::string getUsage() const;
+    std::string setUsage() const;
 };
 
 struct MethodRecord {
@@ -65,11 +70,12 @@ struct MethodRecord {
     const ClassRecord* cls = nullptr;
     std::vector<ArgName> args;
     int required = 0;
-    std::string usage;
     const char* resultKind = "";
     const void* fn = nullptr;  // the function (kept by the class)
     // Converts objv (the arguments after self), calls, and sets the result.
     int (*call)(const MethodRecord&, Tcl_Interp*, Object*, int, Tcl_Obj* const[]) = nullptr;
+
+    std::string usage() const;  // built when a call needs it
 };
 
 // One check of Validate: it writes its message to the last-error text when
@@ -100,24 +106,35 @@ struct ClassRecord {
     const ClassRecord* base = nullptr;
     std::vector<ArgName> ctorArgs;
     int ctorRequired = 0;
-    std::string newUsage, deleteUsage;
     Object* (*construct)(const ClassRecord&, Tcl_Interp*, int, Tcl_Obj* const[]) = nullptr;
     std::vector<std::unique_ptr<MethodRecord>> methods;
     std::vector<std::unique_ptr<AttrRecord>> attributes;
-    std::unordered_map<std::string_view, const MethodRecord*> methodIndex;
-    std::unordered_map<std::string_view, const AttrRecord*> attrIndex;
+    // The class's own methods and options by name, sorted; of two entries
+    // of one name the first declared comes first.
+    std::vector<std::pair<std::string_view, const MethodRecord*>> methodIndex;
+    std::vector<std::pair<std::string_view, const AttrRecord*>> attrIndex;
     std::vector<CheckRecord> checks;      // in the order Validate runs them
     std::vector<MappingRecord> mappings;  // in the order the options were declared
 
-    // Keeps x for as long as the class record lives (the process).
+    // Keeps x for as long as the class record lives (the process). What
+    // needs no destructor is placed in blocks shared by every class, which
+    // spares the load a heap allocation for each option and method.
     template <class X>
     const X* keep(X x) {
-        auto* p = new X(std::move(x));
-        own(p, [](void* q) { delete static_cast<X*>(q); });
-        return p;
+        if constexpr (std::is_trivially_destructible_v<X>) {
+            return new (keepBlock(sizeof(X), alignof(X))) X(std::move(x));
+        } else {
+            auto* p = new X(std::move(x));
+            own(p, [](void* q) { delete static_cast<X*>(q); });
+            return p;
+        }
     }
     void own(void* p, void (*destroy)(void*)) { owned.push_back({p, destroy}); }
     std::vector<std::unique_ptr<void, void (*)(void*)>> owned;
+    static void* keepBlock(size_t size, size_t align);
+
+    std::string newUsage() const;  // usage texts, built when a call needs one
+    std::string deleteUsage() const;
 
     // The class's own entries first, then those of its bases.
     const MethodRecord* findMethod(std::string_view n) const;
@@ -309,10 +326,13 @@ public:
     OptionRef(ClassRecord& cls, AttrRecord& attr, M B::*member) : cls_(cls), attr_(attr), member_(member) {}
 
     template <class P>
-    OptionRef& check(P good, std::string message = {}) {
-        if (message.empty()) message = cls_.name + "::Validate()   Invalid " + attr_.name + ".";
-        cls_.checks.push_back({&attr_, &runCheck<P>, cls_.keep(CheckData<P>{good, member_, std::move(message)})});
+    OptionRef& check(P good, const char* message = nullptr) {
+        cls_.checks.push_back({&attr_, &runCheck<P>, cls_.keep(CheckData<P>{good, member_, &attr_, message})});
         return *this;
+    }
+    template <class P>
+    OptionRef& check(P good, std::string message) {
+        return check(good, message.empty() ? nullptr : cls_.keep(std::move(message))->c_str());
     }
 
     // A check that needs more than a predicate: a message built at run
@@ -365,14 +385,19 @@ private:
     struct CheckData {
         P good;
         M B::*member;
-        std::string message;
+        const AttrRecord* attr;
+        const char* message;  // null: the default message, built when the check fails
     };
     template <class P>
     static void runCheck(const void* data, const Object& o, Checks& c) {
         const auto& d = *static_cast<const CheckData<P>*>(data);
         const T& t = static_cast<const T&>(o);
-        if constexpr (std::is_invocable_r_v<bool, P, const T&>) c.that(d.good(t), d.message);
-        else c.that(d.good(t.*d.member), d.message);
+        bool good;
+        if constexpr (std::is_invocable_r_v<bool, P, const T&>) good = d.good(t);
+        else good = d.good(t.*d.member);
+        if (good) return;
+        if (d.message) c.fail(d.message);
+        else c.fail(d.attr->cls->name + "::Validate()   Invalid " + d.attr->name + ".");
     }
     template <class P>
     struct LearnData {
@@ -546,8 +571,6 @@ private:
         a->name = name;
         a->cls = &r_;
         a->kind = kind;
-        a->getUsage = r_.name + "_" + name + "_get self ";
-        a->setUsage = r_.name + "_" + name + "_set self " + name + " ";
         r_.attributes.push_back(std::move(a));
         return *r_.attributes.back();
     }
@@ -558,7 +581,6 @@ private:
         m->cls = &r_;
         m->args = std::move(args);
         m->required = countRequired(m->args);
-        m->usage = usageOf(r_.name + "_" + name, m->args, true);
         m->resultKind = kind;
         r_.methods.push_back(std::move(m));
         return *r_.methods.back();

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "hal/basic.h"
-#include "hal/ospf_grid.h"
-#include "hal/te.h"
+#include "hal/ospf_grid_record.h"
+#include "hal/te_data.h"
 
 namespace hal {
 

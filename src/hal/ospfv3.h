@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "hal/basic.h"
-#include "hal/ospf_grid.h"
+#include "hal/ospf_grid_record.h"
 
 namespace hal {
 

@@ -8,7 +8,7 @@
 
 #include "binding/staged.h"
 #include "core/learned_reply.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/ldp.h"
 #include "ldp/interface.h"
 #include "ldp/l2vpn.h"

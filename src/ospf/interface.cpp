@@ -3,7 +3,7 @@
 #include <tcl.h>
 
 #include "binding/describe.h"
-#include "core/ospf_grid.h"
+#include "core/ospf_grid_ranges.h"
 #include "core/parse.h"
 #include "core/port.h"
 #include "core/port_feature.h"

@@ -1,7 +1,7 @@
 #include "ospfv3/interface.h"
 
 #include "binding/describe.h"
-#include "core/ospf_grid.h"
+#include "core/ospf_grid_ranges.h"
 #include "core/parse.h"
 #include "core/port.h"
 #include "core/protocol_interface.h"

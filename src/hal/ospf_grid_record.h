@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "hal/grid.h"
+#include "hal/grid_record.h"
 
 namespace hal {
 

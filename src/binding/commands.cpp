@@ -10,7 +10,7 @@ namespace zk::binding {
 namespace {
 
 struct Registration {
-    std::string file;
+    std::string_view file;  // a source_location's file name: static storage
     unsigned line;
     const char* name;
     void (*build)(ClassRecord&);
@@ -257,11 +257,17 @@ namespace {
 template <class Rec>
 using Index = std::vector<std::pair<std::string_view, const Rec*>>;
 
+// Sorted by insertion, which keeps the first declared of a name first and,
+// for the few dozen names of a class, costs less than a sort that allocates.
 template <class Rec>
 void buildIndex(Index<Rec>& index, const std::vector<std::unique_ptr<Rec>>& records) {
     index.reserve(records.size());
-    for (const auto& r : records) index.emplace_back(r->name, r.get());
-    std::stable_sort(index.begin(), index.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (const auto& r : records) {
+        std::pair<std::string_view, const Rec*> e{r->name, r.get()};
+        auto at = std::upper_bound(index.begin(), index.end(), e.first,
+                                   [](std::string_view k, const auto& x) { return k < x.first; });
+        index.insert(at, e);
+    }
 }
 
 template <class Rec>
@@ -347,6 +353,7 @@ const std::vector<std::unique_ptr<ClassRecord>>& classes() {
         std::sort(regs.begin(), regs.end(), [](const Registration& a, const Registration& b) {
             return std::tie(a.file, a.line) < std::tie(b.file, b.line);
         });
+        v->reserve(regs.size());
         for (const auto& reg : regs) {
             auto cls = std::make_unique<ClassRecord>();
             cls->name = reg.name;

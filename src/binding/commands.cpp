@@ -272,7 +272,8 @@ void buildIndex(Index<Rec>& index, const std::vector<std::unique_ptr<Rec>>& reco
 
 template <class Rec>
 const Rec* lookUp(const Index<Rec>& index, std::string_view n) {
-    auto it = std::lower_bound(index.begin(), index.end(), n, [](const auto& e, std::string_view k) { return e.first < k; });
+    auto it = std::lower_bound(index.begin(), index.end(), n,
+                               [](const auto& e, std::string_view k) { return e.first < k; });
     return it != index.end() && it->first == n ? it->second : nullptr;
 }
 

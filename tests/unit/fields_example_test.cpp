@@ -32,7 +32,8 @@ TEST(FieldsHeaderExample, TheTableGivesTheJsonForm) {
     const Case cases[] = {
         {"defaults", [](ESampleRange&) {}, R"({"ID":0,"Enabled":true,"Metric":1})"},
         {"switched off", [](ESampleRange& r) { r.enabled = false; }, R"({"ID":0,"Enabled":false,"Metric":1})"},
-        {"widest metric", [](ESampleRange& r) { r.metric = 4294967295u; }, R"({"ID":0,"Enabled":true,"Metric":4294967295})"},
+        {"widest metric", [](ESampleRange& r) { r.metric = 4294967295u; },
+         R"({"ID":0,"Enabled":true,"Metric":4294967295})"},
     };
     for (const Case& c : cases) {
         ESampleRange r;

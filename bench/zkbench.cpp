@@ -2,8 +2,9 @@
 // measured in the same run on the same machine, so the figures mean the
 // same on a fast or a busy host.
 //
-//   package load   tclsh with `package require zkmainprotocol` against a
-//                  bare tclsh start (subprocesses)
+//   package load   tclsh with `package require zkmainprotocol; package
+//                  require zkchassis` against a bare tclsh start
+//                  (subprocesses): the time added, goal <= 8 ms
 //   per call       commands of the module against a bare no-op C command,
 //                  each timed in a bytecode-compiled loop with the cost of
 //                  the empty loop taken off
@@ -69,31 +70,42 @@ double runTclsh(const std::string& script, int tries) {
     return best;
 }
 
+// What loading both packages may add to a bare tclsh start.
+constexpr double kLoadGoalMs = 8;
+
 bool benchLoad(int runs) {
     std::string dir = "/tmp/zkbench." + std::to_string(getpid());
-    std::string bare = dir + "-bare.tcl", load = dir + "-load.tcl";
+    std::string bare = dir + "-bare.tcl", load = dir + "-load.tcl", search = dir + "-search.tcl";
     std::ofstream(bare) << "";
-    std::ofstream(load) << "package require zkmainprotocol\n";
-    std::vector<double> bareMs, loadMs, addedMs;
-    bool ok = runTclsh(bare, 1) >= 0 && runTclsh(load, 1) >= 0;  // warms the file cache for both
-    for (int i = 0; i < runs && ok; ++i) {  // interleaved, so drift of the host hits both
-        double b = runTclsh(bare, 3), l = runTclsh(load, 3);
-        ok = b >= 0 && l >= 0;
+    std::ofstream(load) << "package require zkmainprotocol\npackage require zkchassis\n";
+    // What tclsh spends looking through its package directories, which the
+    // first require of a package not yet known costs whatever the package.
+    std::ofstream(search) << "catch {package require zkbench-no-such-package}\n";
+    std::vector<double> bareMs, loadMs, addedMs, searchMs;
+    bool ok = runTclsh(bare, 1) >= 0 && runTclsh(load, 1) >= 0 && runTclsh(search, 1) >= 0;  // warms the file cache
+    for (int i = 0; i < runs && ok; ++i) {  // interleaved, so drift of the host hits all three
+        double b = runTclsh(bare, 3), l = runTclsh(load, 3), s = runTclsh(search, 3);
+        ok = b >= 0 && l >= 0 && s >= 0;
         bareMs.push_back(b);
         loadMs.push_back(l);
         addedMs.push_back(l - b);
+        searchMs.push_back(s - b);
     }
     std::remove(bare.c_str());
     std::remove(load.c_str());
+    std::remove(search.c_str());
     if (!ok) {
         std::printf("package load: %s failed to run (is TCLLIBPATH the build directory?)\n", ZK_TCLSH);
         return false;
     }
     double b = median(bareMs), l = median(loadMs), added = median(addedMs);
     std::printf("package load (median of %d samples, each the best of 3 tclsh starts)\n", runs);
-    std::printf("  bare tclsh            %8.2f ms\n", b);
-    std::printf("  with zkmainprotocol   %8.2f ms   ratio %.2fx\n", l, l / b);
-    std::printf("  added                 %8.2f ms   target <= 10 ms   %s\n\n", added, verdict(added, 10));
+    std::printf("  bare tclsh                       %8.2f ms\n", b);
+    std::printf("  with zkmainprotocol, zkchassis   %8.2f ms   ratio %.2fx\n", l, l / b);
+    std::printf("  added                            %8.2f ms   target <= %g ms   %s\n", added, kLoadGoalMs,
+                verdict(added, kLoadGoalMs));
+    std::printf("    of which tclsh's package search %6.2f ms   (a require that no package answers)\n\n",
+                median(searchMs));
     return true;
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "bgp4/neighbor.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/bgp.h"
 
 namespace zk {

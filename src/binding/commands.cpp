@@ -10,7 +10,7 @@ namespace zk::binding {
 namespace {
 
 struct Registration {
-    std::string file;
+    std::string_view file;  // a source_location's file name: static storage
     unsigned line;
     const char* name;
     void (*build)(ClassRecord&);
@@ -45,7 +45,7 @@ int newProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) 
     auto& cls = *static_cast<const ClassRecord*>(cd);
     if (!cls.construct) return noConstructor(interp, cls);
     int n = objc - 1;
-    if (n < cls.ctorRequired || n > int(cls.ctorArgs.size())) return wrongArgs(interp, cls.newUsage);
+    if (n < cls.ctorRequired || n > int(cls.ctorArgs.size())) return wrongArgs(interp, cls.newUsage());
     Object* obj = cls.construct(cls, interp, n, objv + 1);
     if (!obj) return TCL_ERROR;
     registerObject(obj, cls.type);
@@ -55,7 +55,7 @@ int newProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) 
 
 int deleteProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& cls = *static_cast<const ClassRecord*>(cd);
-    if (objc != 2) return wrongArgs(interp, cls.deleteUsage);
+    if (objc != 2) return wrongArgs(interp, cls.deleteUsage());
     Object* self;
     if (!decodeSelf(interp, objv[1], cls, self)) return TCL_ERROR;
     destroyObject(self);
@@ -64,13 +64,13 @@ int deleteProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[
 }
 
 int callMethod(const MethodRecord& m, Tcl_Interp* interp, Object* self, int objc, Tcl_Obj* const objv[]) {
-    if (objc < m.required || objc > int(m.args.size())) return wrongArgs(interp, m.usage);
+    if (objc < m.required || objc > int(m.args.size())) return wrongArgs(interp, m.usage());
     return m.call(m, interp, self, objc, objv);
 }
 
 int methodProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& m = *static_cast<const MethodRecord*>(cd);
-    if (objc < 2) return wrongArgs(interp, m.usage);
+    if (objc < 2) return wrongArgs(interp, m.usage());
     Object* self;
     if (!decodeSelf(interp, objv[1], *m.cls, self)) return TCL_ERROR;
     return callMethod(m, interp, self, objc - 2, objv + 2);
@@ -78,7 +78,7 @@ int methodProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[
 
 int getProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& a = *static_cast<const AttrRecord*>(cd);
-    if (objc != 2) return wrongArgs(interp, a.getUsage);
+    if (objc != 2) return wrongArgs(interp, a.getUsage());
     Object* self;
     if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
     a.result(a, interp, self);
@@ -94,7 +94,7 @@ int setAttr(const AttrRecord& a, Tcl_Interp* interp, Object* self, Tcl_Obj* valu
 
 int setProc(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]) {
     auto& a = *static_cast<const AttrRecord*>(cd);
-    if (objc != 3) return wrongArgs(interp, a.setUsage);
+    if (objc != 3) return wrongArgs(interp, a.setUsage());
     Object* self;
     if (!decodeSelf(interp, objv[1], *a.cls, self)) return TCL_ERROR;
     if (setAttr(a, interp, self, objv[2]) != TCL_OK) return TCL_ERROR;
@@ -252,20 +252,70 @@ int instanceDispatch(InstanceRecord* inst, Tcl_Interp* interp, int objc, Tcl_Obj
 
 }  // namespace
 
-const MethodRecord* ClassRecord::findMethod(std::string_view n) const {
-    for (const ClassRecord* c = this; c; c = c->base) {
-        auto it = c->methodIndex.find(n);
-        if (it != c->methodIndex.end()) return it->second;
+namespace {
+
+template <class Rec>
+using Index = std::vector<std::pair<std::string_view, const Rec*>>;
+
+// Sorted by insertion, which keeps the first declared of a name first and,
+// for the few dozen names of a class, costs less than a sort that allocates.
+template <class Rec>
+void buildIndex(Index<Rec>& index, const std::vector<std::unique_ptr<Rec>>& records) {
+    index.reserve(records.size());
+    for (const auto& r : records) {
+        std::pair<std::string_view, const Rec*> e{r->name, r.get()};
+        auto at = std::upper_bound(index.begin(), index.end(), e.first,
+                                   [](std::string_view k, const auto& x) { return k < x.first; });
+        index.insert(at, e);
     }
+}
+
+template <class Rec>
+const Rec* lookUp(const Index<Rec>& index, std::string_view n) {
+    auto it = std::lower_bound(index.begin(), index.end(), n,
+                               [](const auto& e, std::string_view k) { return e.first < k; });
+    return it != index.end() && it->first == n ? it->second : nullptr;
+}
+
+}  // namespace
+
+const MethodRecord* ClassRecord::findMethod(std::string_view n) const {
+    for (const ClassRecord* c = this; c; c = c->base)
+        if (const MethodRecord* m = lookUp(c->methodIndex, n)) return m;
     return nullptr;
 }
 
 const AttrRecord* ClassRecord::findAttr(std::string_view n) const {
-    for (const ClassRecord* c = this; c; c = c->base) {
-        auto it = c->attrIndex.find(n);
-        if (it != c->attrIndex.end()) return it->second;
-    }
+    for (const ClassRecord* c = this; c; c = c->base)
+        if (const AttrRecord* a = lookUp(c->attrIndex, n)) return a;
     return nullptr;
+}
+
+std::string ClassRecord::newUsage() const { return usageOf("new_" + name, ctorArgs, false); }
+std::string ClassRecord::deleteUsage() const { return "delete_" + name + " self "; }
+std::string AttrRecord::getUsage() const { return cls->name + "_" + name + "_get self "; }
+std::string AttrRecord::setUsage() const { return cls->name + "_" + name + "_set self " + name + " "; }
+std::string MethodRecord::usage() const { return usageOf(cls->name + "_" + name, args, true); }
+
+// The blocks keep() places records' small data in: never freed, as the
+// class records are not.
+void* ClassRecord::keepBlock(size_t size, size_t align) {
+    constexpr size_t kBlock = 64 * 1024;
+    static char* next = nullptr;
+    static size_t left = 0;
+    static auto* blocks = new std::vector<std::unique_ptr<char[]>>;
+    size_t pad = next ? (align - reinterpret_cast<uintptr_t>(next) % align) % align : 0;
+    if (!next || pad + size > left) {
+        size_t n = std::max(kBlock, size + align);
+        blocks->push_back(std::make_unique<char[]>(n));
+        next = blocks->back().get();
+        left = n;
+        pad = (align - reinterpret_cast<uintptr_t>(next) % align) % align;
+    }
+    void* p = next + pad;
+    next += pad + size;
+    left -= pad + size;
+    return p;
 }
 
 std::string usageOf(const std::string& command, const std::vector<ArgName>& args, bool withSelf) {
@@ -304,6 +354,7 @@ const std::vector<std::unique_ptr<ClassRecord>>& classes() {
         std::sort(regs.begin(), regs.end(), [](const Registration& a, const Registration& b) {
             return std::tie(a.file, a.line) < std::tie(b.file, b.line);
         });
+        v->reserve(regs.size());
         for (const auto& reg : regs) {
             auto cls = std::make_unique<ClassRecord>();
             cls->name = reg.name;
@@ -311,10 +362,8 @@ const std::vector<std::unique_ptr<ClassRecord>>& classes() {
             cls->type->cls = cls.get();
             *reg.slot = cls->type;
             reg.build(*cls);
-            cls->newUsage = usageOf("new_" + cls->name, cls->ctorArgs, false);
-            cls->deleteUsage = "delete_" + cls->name + " self ";
-            for (const auto& m : cls->methods) cls->methodIndex.emplace(m->name, m.get());
-            for (const auto& a : cls->attributes) cls->attrIndex.emplace(a->name, a.get());
+            buildIndex(cls->methodIndex, cls->methods);
+            buildIndex(cls->attrIndex, cls->attributes);
             v->push_back(std::move(cls));
         }
         return v;
@@ -390,7 +439,7 @@ int classCommand(ClientData cd, Tcl_Interp* interp, int objc, Tcl_Obj* const obj
     int first = 2;
     if (objc > 2 && std::string_view(Tcl_GetString(objv[2])) == "-args") first = 3;
     int n = objc - first;
-    if (n < cls->ctorRequired || n > int(cls->ctorArgs.size())) return wrongArgs(interp, cls->newUsage);
+    if (n < cls->ctorRequired || n > int(cls->ctorArgs.size())) return wrongArgs(interp, cls->newUsage());
     Object* obj = cls->construct(*cls, interp, n, objv + first);
     if (!obj) return TCL_ERROR;
     Tcl_Obj* name = objv[1];
@@ -429,19 +478,26 @@ void dropInstanceCommand(InstanceRecord* inst) {
 }
 
 void createClassCommands(Tcl_Interp* interp) {
+    // The names are put together in one buffer: thousands of commands are
+    // created at every load, and a string per name would be most of the cost.
+    std::string name;
+    name.reserve(256);
+    auto create = [interp, &name](std::initializer_list<std::string_view> parts, Tcl_ObjCmdProc* proc,
+                                  ClientData data) {
+        name.clear();
+        for (std::string_view part : parts) name += part;
+        Tcl_CreateObjCommand(interp, name.c_str(), proc, data, nullptr);
+    };
     for (const auto& cls : classes()) {
         ClientData c = cls.get();
-        auto create = [interp](const std::string& name, Tcl_ObjCmdProc* proc, ClientData data) {
-            Tcl_CreateObjCommand(interp, name.c_str(), proc, data, nullptr);
-        };
-        create("new_" + cls->name, guardedProc<newProc>, c);
-        create("delete_" + cls->name, guardedProc<deleteProc>, c);
-        for (const auto& m : cls->methods) create(cls->name + "_" + m->name, guardedProc<methodProc>, m.get());
+        create({"new_", cls->name}, guardedProc<newProc>, c);
+        create({"delete_", cls->name}, guardedProc<deleteProc>, c);
+        for (const auto& m : cls->methods) create({cls->name, "_", m->name}, guardedProc<methodProc>, m.get());
         for (const auto& a : cls->attributes) {
-            if (a->set) create(cls->name + "_" + a->name + "_set", guardedProc<setProc>, a.get());
-            create(cls->name + "_" + a->name + "_get", guardedProc<getProc>, a.get());
+            if (a->set) create({cls->name, "_", a->name, "_set"}, guardedProc<setProc>, a.get());
+            create({cls->name, "_", a->name, "_get"}, guardedProc<getProc>, a.get());
         }
-        create(cls->name, classCommandProc, c);
+        create({cls->name}, classCommandProc, c);
     }
 }
 

@@ -1,9 +1,11 @@
 // The symbolic constants: a global variable per constant and a read-only
-// linked element zkConstants(<name>) backed by process-wide cells.
+// element zkConstants(<name>) that keeps its value as a read-only linked
+// int does (a write is undone and refused, an unset element comes back).
 #include <tcl.h>
 
-#include <map>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "binding/module.h"
@@ -43,9 +45,53 @@ const std::vector<Constant>& constants() {
     return *all;
 }
 
-std::map<std::string, int>& cells() {
-    static auto* c = new std::map<std::string, int>;  // linked variables point here for the process' life
-    return *c;
+// A zkConstants element: its name and the int it holds. Every element is
+// an int, the unsigned constants' included: theirs read as the signed value
+// of the same bits.
+struct Element {
+    const char* name;
+    int value;
+};
+
+// The elements, for the process' life, one per row of constants(): a name
+// that comes twice has the element of its first row, and the later rows
+// none (null).
+const std::vector<const Element*>& elements() {
+    static const auto* all = [] {
+        auto* v = new std::vector<const Element*>;
+        std::unordered_set<std::string_view> seen;
+        for (const Constant& c : constants())
+            v->push_back(seen.insert(c.name).second ? new Element{c.name, int(unsigned(c.value))} : nullptr);
+        return v;
+    }();
+    return *all;
+}
+
+// Set and traced through the array and element names, which spares Tcl a
+// parse of "zkConstants(<name>)" for each of the hundreds set at every load.
+constexpr int kElementTraces = TCL_GLOBAL_ONLY | TCL_TRACE_WRITES | TCL_TRACE_UNSETS;
+char* keepElement(ClientData cd, Tcl_Interp* interp, const char*, const char*, int flags);
+
+void setElement(Tcl_Interp* interp, const Element& e) {
+    Tcl_SetVar2Ex(interp, "zkConstants", e.name, Tcl_NewIntObj(e.value), TCL_GLOBAL_ONLY);
+}
+
+void installElement(Tcl_Interp* interp, const Element& e) {
+    setElement(interp, e);
+    Tcl_TraceVar2(interp, "zkConstants", e.name, kElementTraces, keepElement, const_cast<Element*>(&e));
+}
+
+// A write puts the value back and fails with the message of a read-only
+// linked variable; an unset element (alone or with the array) is set again
+// with its trace, unless the interpreter is going away.
+char* keepElement(ClientData cd, Tcl_Interp* interp, const char*, const char*, int flags) {
+    const Element& e = *static_cast<const Element*>(cd);
+    if (flags & TCL_TRACE_UNSETS) {
+        if ((flags & TCL_TRACE_DESTROYED) && !Tcl_InterpDeleted(interp)) installElement(interp, e);
+        return nullptr;
+    }
+    setElement(interp, e);
+    return const_cast<char*>("linked variable is read-only");
 }
 
 }  // namespace
@@ -58,18 +104,14 @@ void forEachConstant(const std::function<void(const char*, long long, bool)>& vi
 }
 
 void installConstants(Tcl_Interp* interp) {
-    std::map<std::string, bool> linked;
-    for (const Constant& c : constants()) {
+    const std::vector<Constant>& all = constants();
+    const std::vector<const Element*>& element = elements();
+    for (size_t i = 0; i < all.size(); ++i) {
+        const Constant& c = all[i];
         Tcl_Obj* value = c.kind == 6 ? Tcl_NewStringObj(std::to_string(unsigned(c.value)).c_str(), -1)
                                      : Tcl_NewIntObj(int(c.value));
         Tcl_SetVar2Ex(interp, c.name, nullptr, value, TCL_GLOBAL_ONLY);
-        // Every cell is a read-only linked int, the unsigned ones included:
-        // their array elements read as the signed value of the same bits.
-        auto [it, fresh] = cells().try_emplace(c.name, int(unsigned(c.value)));
-        if (linked[c.name]) continue;
-        linked[c.name] = true;
-        std::string element = std::string("zkConstants(") + c.name + ")";
-        Tcl_LinkVar(interp, element.c_str(), reinterpret_cast<char*>(&it->second), TCL_LINK_INT | TCL_LINK_READ_ONLY);
+        if (element[i]) installElement(interp, *element[i]);
     }
 }
 

@@ -3,6 +3,10 @@
 // (new_, delete_, <Class>_<method>, <Class>_<option>_get/_set), their usage
 // strings, the class command and the instance command.
 //
+// This header is what a class description uses: Describe, ClassDesc,
+// OptionRef and optional(). The records they build, and the templates that
+// convert, reach fields and call, are in binding/detail/.
+//
 //   static Describe<TCLRipRouteRange> d("TCLRipRouteRange", [](auto& c) {
 //       c.constructor();
 //       c.option("enableRouteRange", &TCLRipRouteRange::enableRouteRange);
@@ -12,19 +16,24 @@
 
 #include <tcl.h>
 
-#include <functional>
 #include <algorithm>
+#include <functional>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <source_location>
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "binding/convert.h"
+#include "binding/detail/field_access.h"
+#include "binding/detail/invoke.h"
+#include "binding/detail/records.h"
 #include "binding/types.h"
 #include "core/checks.h"
 #include "core/errors.h"
@@ -33,267 +42,8 @@
 
 namespace zk::binding {
 
-struct ArgName {
-    ArgName(const char* n) : name(n) {}  // NOLINT(google-explicit-constructor): names read as plain strings
-    ArgName(const char* n, bool o) : name(n), optional(o) {}
-    const char* name;
-    bool optional = false;
-};
 // An argument that may be left out; it then takes its type's zero value.
 inline ArgName optional(const char* name) { return {name, true}; }
-
-struct ClassRecord;
-
-struct AttrRecord {
-    std::string name;
-    const ClassRecord* cls = nullptr;
-    const char* kind = "";  // "int", "text" ... for the reference
-    size_t maxLength = 0;   // text options, in characters: 0 is no limit
-    std::string getUsage, setUsage;
-    const void* access = nullptr;  // the member pointer or accessor functions (kept by the class)
-    Tcl_Obj* (*get)(const AttrRecord&, Object*) = nullptr;
-    void (*result)(const AttrRecord&, Tcl_Interp*, Object*) = nullptr;  // the value as the interpreter result
-    bool (*set)(const AttrRecord&, Tcl_Interp*, Object*, Tcl_Obj*, ConvertError&) = nullptr;  // null: read-only
-    // How a value a port learned (`zkchassis::learn`) is read into the
-    // option, read-only ones too; false refuses it. Null: never learned.
-    bool (*learn)(const AttrRecord&, Object&, Tcl_Obj*) = nullptr;
-    const void* learnData = nullptr;  // kept by the class
-};
-
-struct MethodRecord {
-    std::string name;
-    const ClassRecord* cls = nullptr;
-    std::vector<ArgName> args;
-    int required = 0;
-    std::string usage;
-    const char* resultKind = "";
-    const void* fn = nullptr;  // the function (kept by the class)
-    // Converts objv (the arguments after self), calls, and sets the result.
-    int (*call)(const MethodRecord&, Tcl_Interp*, Object*, int, Tcl_Obj* const[]) = nullptr;
-};
-
-// One check of Validate: it writes its message to the last-error text when
-// the object's options fail it. A plain function and the data it reads (the
-// predicate, member and message, kept by the class record): one small
-// function per kind of check, where a std::function would cost a family of
-// them per option and make every class description slow to compile.
-struct CheckRecord {
-    const AttrRecord* attr;
-    void (*fn)(const void* data, const Object&, Checks&);
-    const void* data;
-    void run(const Object& o, Checks& c) const { fn(data, o, c); }
-};
-
-// How an option maps onto the class's record, each way (the record is the
-// class's Record type, passed untyped), in the same form.
-struct MappingRecord {
-    void (*intoFn)(const void* data, const Object&, void* record);
-    void (*backFn)(const void* data, Object&, const void* record);
-    const void* data;
-    void into(const Object& o, void* record) const { intoFn(data, o, record); }
-    void back(Object& o, const void* record) const { backFn(data, o, record); }
-};
-
-struct ClassRecord {
-    std::string name;
-    TypeInfo* type = nullptr;
-    const ClassRecord* base = nullptr;
-    std::vector<ArgName> ctorArgs;
-    int ctorRequired = 0;
-    std::string newUsage, deleteUsage;
-    Object* (*construct)(const ClassRecord&, Tcl_Interp*, int, Tcl_Obj* const[]) = nullptr;
-    std::vector<std::unique_ptr<MethodRecord>> methods;
-    std::vector<std::unique_ptr<AttrRecord>> attributes;
-    std::unordered_map<std::string_view, const MethodRecord*> methodIndex;
-    std::unordered_map<std::string_view, const AttrRecord*> attrIndex;
-    std::vector<CheckRecord> checks;      // in the order Validate runs them
-    std::vector<MappingRecord> mappings;  // in the order the options were declared
-
-    // Keeps x for as long as the class record lives (the process).
-    template <class X>
-    const X* keep(X x) {
-        auto* p = new X(std::move(x));
-        own(p, [](void* q) { delete static_cast<X*>(q); });
-        return p;
-    }
-    void own(void* p, void (*destroy)(void*)) { owned.push_back({p, destroy}); }
-    std::vector<std::unique_ptr<void, void (*)(void*)>> owned;
-
-    // The class's own entries first, then those of its bases.
-    const MethodRecord* findMethod(std::string_view n) const;
-    const AttrRecord* findAttr(std::string_view n) const;
-};
-
-// Every described class, in registration order (built once per process).
-const std::vector<std::unique_ptr<ClassRecord>>& classes();
-
-// Shared pieces of the generated commands.
-std::string usageOf(const std::string& command, const std::vector<ArgName>& args, bool withSelf);
-void setArgError(Tcl_Interp* interp, const ConvertError& e, int position, const char* name);
-void reportResult(Tcl_Interp* interp, int code);  // integer result; copies the last error on failure
-template <class T>
-inline const TypeInfo* typeSlot = nullptr;
-template <class T>
-const TypeInfo* typeOf() {
-    return typeSlot<T>;
-}
-
-namespace detail {
-
-template <class A>
-bool convertArg(Tcl_Interp* interp, Tcl_Obj* const objv[], int objc, int i, const std::vector<ArgName>& names,
-                Bare<A>& out) {
-    if (i >= objc) {
-        out = Bare<A>{};
-        return true;
-    }
-    ConvertError e;
-    if (Convert<Bare<A>>::from(interp, objv[i], out, e)) return true;
-    setArgError(interp, e, i, names[size_t(i)].name);
-    return false;
-}
-
-template <class... A, size_t... I>
-bool convertAll([[maybe_unused]] Tcl_Interp* interp, [[maybe_unused]] Tcl_Obj* const objv[],
-                [[maybe_unused]] int objc, [[maybe_unused]] const std::vector<ArgName>& names,
-                [[maybe_unused]] std::tuple<Bare<A>...>& t, std::index_sequence<I...>) {
-    return (convertArg<A>(interp, objv, objc, int(I), names, std::get<I>(t)) && ...);
-}
-
-template <class R>
-void setResult(Tcl_Interp* interp, R&& r) {
-    using V = Bare<R>;
-    if constexpr (std::is_same_v<V, int>) {
-        reportResult(interp, r);
-    } else {
-        setValueResult<V>(interp, r);
-    }
-}
-
-// Calls f(args...) with the converted arguments and sets the result.
-template <class R, class... A, class F>
-int invoke(Tcl_Interp* interp, const MethodRecord& m, int objc, Tcl_Obj* const objv[], F&& f) {
-    std::tuple<Bare<A>...> args;
-    if (!convertAll<A...>(interp, objv, objc, m.args, args, std::index_sequence_for<A...>{})) return TCL_ERROR;
-    if constexpr (std::is_void_v<R>) {
-        std::apply(f, args);
-        Tcl_ResetResult(interp);
-    } else {
-        setResult(interp, std::apply(f, args));
-    }
-    return TCL_OK;
-}
-
-template <class T, class M>
-struct Field {
-    M T::*ptr;
-};
-
-template <class T, class B, class M>
-const M& fieldOf(const AttrRecord& a, Object* o) {
-    return static_cast<T*>(o)->*(static_cast<const Field<B, M>*>(a.access)->ptr);
-}
-
-template <class T, class B, class M>
-Tcl_Obj* getField(const AttrRecord& a, Object* o) {
-    return Convert<M>::to(fieldOf<T, B, M>(a, o));
-}
-
-template <class T, class B, class M>
-void fieldResult(const AttrRecord& a, Tcl_Interp* interp, Object* o) {
-    setValueResult(interp, fieldOf<T, B, M>(a, o));
-}
-
-template <class T, class B, class M>
-bool setField(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, ConvertError& e) {
-    M value;
-    if (!Convert<M>::from(interp, v, value, e)) return false;
-    if constexpr (std::is_same_v<M, std::string>) {
-        // The limit counts characters, as `string length` does, not bytes.
-        if (a.maxLength && value.size() > a.maxLength && size_t(Tcl_GetCharLength(v)) > a.maxLength) {
-            e.text = "value is longer than " + std::to_string(a.maxLength) + " characters";
-            return false;
-        }
-    }
-    const auto* f = static_cast<const Field<B, M>*>(a.access);
-    static_cast<T*>(o)->*(f->ptr) = std::move(value);
-    return true;
-}
-
-template <class T, class M>
-struct Accessors {
-    M (*get)(const T&);
-    void (*set)(T&, M);
-};
-
-template <class T, class M>
-M accessorOf(const AttrRecord& a, Object* o) {
-    return static_cast<const Accessors<T, M>*>(a.access)->get(*static_cast<T*>(o));
-}
-
-template <class T, class M>
-Tcl_Obj* getAccessor(const AttrRecord& a, Object* o) {
-    return Convert<M>::to(accessorOf<T, M>(a, o));
-}
-
-template <class T, class M>
-void accessorResult(const AttrRecord& a, Tcl_Interp* interp, Object* o) {
-    setValueResult(interp, accessorOf<T, M>(a, o));
-}
-
-template <class T, class M>
-bool setAccessor(const AttrRecord& a, Tcl_Interp* interp, Object* o, Tcl_Obj* v, ConvertError& e) {
-    M value;
-    if (!Convert<M>::from(interp, v, value, e)) return false;
-    static_cast<const Accessors<T, M>*>(a.access)->set(*static_cast<T*>(o), std::move(value));
-    return true;
-}
-
-
-// Moving an option's value into its record field and back: a switch into a
-// bool, an integer into a field as wide as the equipment keeps it, address
-// text into an address.
-template <class F, class O>
-void intoField(F& f, const O& o) {
-    if constexpr (std::is_same_v<F, O>) f = o;
-    else if constexpr (std::is_same_v<F, bool>) f = o != 0;
-    else if constexpr (std::is_same_v<F, hal::EIPAddress> && std::is_same_v<O, std::string>) f = anyAddress(o);
-    else if constexpr (requires { static_cast<F>(o); }) f = static_cast<F>(o);
-    else static_assert(sizeof(F) == 0, "no direct mapping between these types: use mapsVia");
-}
-
-template <class O, class F>
-void backFromField(O& o, const F& f) {
-    if constexpr (std::is_same_v<F, O>) o = f;
-    else if constexpr (std::is_same_v<F, hal::EIPAddress> && std::is_same_v<O, std::string>) o = f.ToString();
-    else if constexpr (requires { static_cast<O>(f); }) o = static_cast<O>(f);
-    else static_assert(sizeof(F) == 0, "no direct mapping between these types: use mapsVia");
-}
-
-// r.*p1.*p2 ... : a field of the record or of a record nested in it.
-template <class... P>
-struct Path;
-template <class P>
-struct Path<P> {
-    explicit Path(P p) : head(p) {}
-    template <class R>
-    auto& at(R& r) const {
-        return r.*head;
-    }
-    P head;
-};
-template <class P, class... Ps>
-struct Path<P, Ps...> {
-    explicit Path(P p, Ps... ps) : head(p), tail(ps...) {}
-    template <class R>
-    auto& at(R& r) const {
-        return tail.at(r.*head);
-    }
-    P head;
-    Path<Ps...> tail;
-};
-
-}  // namespace detail
 
 // What an option declares beyond its name and member: its checks and the
 // record field it maps onto.
@@ -309,10 +59,13 @@ public:
     OptionRef(ClassRecord& cls, AttrRecord& attr, M B::*member) : cls_(cls), attr_(attr), member_(member) {}
 
     template <class P>
-    OptionRef& check(P good, std::string message = {}) {
-        if (message.empty()) message = cls_.name + "::Validate()   Invalid " + attr_.name + ".";
-        cls_.checks.push_back({&attr_, &runCheck<P>, cls_.keep(CheckData<P>{good, member_, std::move(message)})});
+    OptionRef& check(P good, const char* message = nullptr) {
+        cls_.checks.push_back({&attr_, &runCheck<P>, cls_.keep(CheckData<P>{good, member_, &attr_, message})});
         return *this;
+    }
+    template <class P>
+    OptionRef& check(P good, std::string message) {
+        return check(good, message.empty() ? nullptr : cls_.keep(std::move(message))->c_str());
     }
 
     // A check that needs more than a predicate: a message built at run
@@ -365,14 +118,19 @@ private:
     struct CheckData {
         P good;
         M B::*member;
-        std::string message;
+        const AttrRecord* attr;
+        const char* message;  // null: the default message, built when the check fails
     };
     template <class P>
     static void runCheck(const void* data, const Object& o, Checks& c) {
         const auto& d = *static_cast<const CheckData<P>*>(data);
         const T& t = static_cast<const T&>(o);
-        if constexpr (std::is_invocable_r_v<bool, P, const T&>) c.that(d.good(t), d.message);
-        else c.that(d.good(t.*d.member), d.message);
+        bool good;
+        if constexpr (std::is_invocable_r_v<bool, P, const T&>) good = d.good(t);
+        else good = d.good(t.*d.member);
+        if (good) return;
+        if (d.message) c.fail(d.message);
+        else c.fail(d.attr->cls->name + "::Validate()   Invalid " + d.attr->name + ".");
     }
     template <class P>
     struct LearnData {
@@ -546,8 +304,6 @@ private:
         a->name = name;
         a->cls = &r_;
         a->kind = kind;
-        a->getUsage = r_.name + "_" + name + "_get self ";
-        a->setUsage = r_.name + "_" + name + "_set self " + name + " ";
         r_.attributes.push_back(std::move(a));
         return *r_.attributes.back();
     }
@@ -558,7 +314,6 @@ private:
         m->cls = &r_;
         m->args = std::move(args);
         m->required = countRequired(m->args);
-        m->usage = usageOf(r_.name + "_" + name, m->args, true);
         m->resultKind = kind;
         r_.methods.push_back(std::move(m));
         return *r_.methods.back();

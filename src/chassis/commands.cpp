@@ -11,6 +11,7 @@
 #include "chassis/lab.h"
 #include "chassis/port_options.h"
 #include "core/learn_input.h"
+#include "hal/json.h"
 
 namespace chassis {
 namespace {

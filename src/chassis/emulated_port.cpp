@@ -7,6 +7,7 @@
 
 #include "chassis/lab.h"
 #include "core/errors.h"
+#include "hal/json.h"
 
 namespace chassis {
 

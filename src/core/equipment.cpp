@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdio>
 
+#include "hal/json.h"
+
 namespace zk {
 
 std::string PortId::key() const {

@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "core/protocols.h"
+#include "hal/json_fwd.h"
 #include "hal/basic.h"
 
 namespace zk {

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -12,8 +11,6 @@
 #include "util/indexed_list.h"
 
 namespace hal {
-
-using Json = nlohmann::ordered_json;
 
 // A byte string; its JSON form is lower-case hex.
 struct EBlob {
@@ -147,13 +144,5 @@ class ConfigRoot : public EConfigRoot {
 public:
     void WriteJson(JsonWriter& w) const override { writeValue(w, static_cast<const R&>(*this)); }
 };
-
-// nlohmann's form of any record or value the writer knows, for tests and
-// the documentation tools.
-template <class T>
-    requires Record<T> || requires(JsonWriter& w, const T& v) { writeJson(w, v); }
-void to_json(Json& j, const T& v) {
-    j = Json::parse(jsonText(v));
-}
 
 }  // namespace hal

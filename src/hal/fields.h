@@ -2,17 +2,19 @@
 // form, its equality, its defaults row in docs/ and its reference come from
 // that one list.
 //
-//   struct ERIPRouteRange : ERecord {
+//   struct ESampleRange : ERecord {
 //       bool enabled = true;
 //       uint32_t metric = 1;
 //       static constexpr auto fields() {
-//           return hal::fields(idField(), field("Enabled", &ERIPRouteRange::enabled),
-//                              field("Metric", &ERIPRouteRange::metric, "hops"));
+//           using R = ESampleRange;
+//           return std::tuple_cat(ERecord::fields(),
+//                                 hal::fields(field("Enabled", &R::enabled), field("Metric", &R::metric, "hops")));
 //       }
 //   };
 //
-// A field may also be computed (in the JSON form only); a record that
-// extends another joins the tables with std::tuple_cat.
+// (tests/unit/fields_example_test.cpp compiles this example). A record that
+// extends another joins the tables with std::tuple_cat, as this one joins
+// ERecord's ID; a field may also be computed (in the JSON form only).
 #pragma once
 
 #include <array>

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "hal/basic.h"
+#include "hal/json.h"
 
 namespace hal {
 

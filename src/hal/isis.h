@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "hal/basic.h"
-#include "hal/grid.h"
-#include "hal/te.h"
+#include "hal/grid_record.h"
+#include "hal/te_data.h"
 
 namespace hal {
 

@@ -14,13 +14,13 @@
 #include <vector>
 
 #include "hal/basic.h"
-#include "hal/ospf_grid.h"
-#include "hal/te.h"
+#include "hal/ospf_grid_record.h"
+#include "hal/te_data.h"
 
 namespace hal {
 
 // An emulated grid of routers and IPv4 subnets behind an interface.
-struct EOSPFNetworkRange : EOspfGrid {
+struct EOSPFNetworkRange : EOSPFGrid {
     EIPMaskedAddress firstSubnet{EIPAddress::FromV4(0x0A010000), 24};  // 10.1.0.0/24
     uint32_t subnetStep = 0x100;
     bool incrementFromMask = true;
@@ -37,7 +37,7 @@ struct EOSPFNetworkRange : EOspfGrid {
     static constexpr auto fields() {
         using R = EOSPFNetworkRange;
         return std::tuple_cat(
-            EOspfGrid::fields(),
+            EOSPFGrid::fields(),
             hal::fields(field("FirstSubnetIPAddress", &R::firstSubnet), field("SubnetIncrement", &R::subnetStep),
                         field("IncrementAddressFromMask", &R::incrementFromMask),
                         field("LinkType", &R::linkType, "0 broadcast, 1 point-to-point"),

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "hal/basic.h"
-#include "hal/ospf_grid.h"
+#include "hal/ospf_grid_record.h"
 
 namespace hal {
 
@@ -26,7 +26,7 @@ inline EIPAddress documentation() { return v6({0x20, 0x01, 0x0d, 0xb8}); }  // 2
 }  // namespace ospfv3
 
 // An emulated grid of routers and IPv6 subnets behind an interface.
-struct EOSPFv3NetworkRange : EOspfGrid {
+struct EOSPFv3NetworkRange : EOSPFGrid {
     EIPMaskedAddress firstSubnet{ospfv3::v6({0x20, 0x01, 0x0d, 0xb8, 0x01}), 64};  // 2001:db8:100::/64
     EIPAddress subnetStep = ospfv3::v6({0, 0, 0, 0, 0, 0, 0, 1});                  // 0:0:0:1:: (the next /64)
     uint8_t linkType = 0;  // broadcast
@@ -40,7 +40,7 @@ struct EOSPFv3NetworkRange : EOspfGrid {
     static constexpr auto fields() {
         using R = EOSPFv3NetworkRange;
         return std::tuple_cat(
-            EOspfGrid::fields(),
+            EOSPFGrid::fields(),
             hal::fields(field("FirstSubnetPrefix", &R::firstSubnet), field("SubnetIncrement", &R::subnetStep),
                         field("LinkType", &R::linkType, "0 broadcast, 1 point-to-point"),
                         field("BitField", &R::bits, "1 B bit, 2 E bit"),

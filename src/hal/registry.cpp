@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "hal/json.h"
+
 namespace hal {
 namespace {
 struct Registered {
@@ -19,6 +21,8 @@ std::vector<Registered>& registered() {
 void registerRecord(std::source_location where, RecordInfo info) {
     registered().push_back({where.file_name(), unsigned(where.line()), info});
 }
+
+Json RecordInfo::defaults() const { return Json::parse(defaultsText()); }
 
 const std::vector<RecordInfo>& records() {
     static const auto* all = [] {

@@ -10,13 +10,15 @@
 #include <vector>
 
 #include "hal/basic.h"
+#include "hal/json_fwd.h"
 
 namespace hal {
 
 struct RecordInfo {
     const char* name;
-    Json (*defaults)();                         // JSON of a default-constructed record
+    std::string (*defaultsText)();                 // JSON text of a default-constructed record
     std::map<std::string, std::string> (*docs)();  // field name -> its doc, from the field table
+    Json defaults() const;                         // that text as a document
 };
 
 void registerRecord(std::source_location where, RecordInfo info);
@@ -27,7 +29,7 @@ const std::vector<RecordInfo>& records();
 template <class R>
 struct RegisterRecord {
     explicit RegisterRecord(const char* name, std::source_location where = std::source_location::current()) {
-        registerRecord(where, {name, [] { return Json::parse(jsonText(R{})); },
+        registerRecord(where, {name, [] { return jsonText(R{}); },
                                [] {
                                    std::map<std::string, std::string> docs;
                                    forEachField<R>([&](const auto& f) { docs[f.name] = f.doc; });

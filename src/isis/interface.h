@@ -6,7 +6,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/te.h"
+#include "core/te_options.h"
 #include "hal/isis.h"
 
 namespace zk {

@@ -1,7 +1,7 @@
 #include "isis/ranges.h"
 
 #include "binding/collection_methods.h"
-#include "core/grid.h"
+#include "core/grid_size.h"
 #include "core/parse.h"
 #include "isis/forms.h"
 

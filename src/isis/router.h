@@ -6,7 +6,7 @@
 
 #include "binding/staged.h"
 #include "core/learned.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/isis.h"
 #include "isis/interface.h"
 #include "isis/learned.h"

@@ -8,7 +8,7 @@
 
 #include "binding/staged.h"
 #include "core/learned.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/ldp.h"
 #include "ldp/interface.h"
 #include "ldp/l2vpn.h"

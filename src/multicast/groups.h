@@ -11,7 +11,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/multicast.h"
 #include "multicast/common.h"
 

@@ -4,7 +4,7 @@
 
 #include "binding/describe.h"
 #include "binding/learned_methods.h"
-#include "core/ospf_grid.h"
+#include "core/ospf_grid_ranges.h"
 #include "core/parse.h"
 #include "core/port.h"
 #include "core/port_feature.h"

@@ -1,8 +1,8 @@
 #include "ospf/ranges.h"
 
-#include "core/ospf_grid.h"
+#include "core/ospf_grid_ranges.h"
 #include "core/parse.h"
-#include "core/grid.h"
+#include "core/grid_size.h"
 #include "core/port.h"
 
 namespace zk {

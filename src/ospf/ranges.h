@@ -5,7 +5,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/te.h"
+#include "core/te_options.h"
 #include "hal/ospf.h"
 
 namespace zk {

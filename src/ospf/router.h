@@ -4,7 +4,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/ospf.h"
 #include "ospf/interface.h"
 #include "ospf/ranges.h"

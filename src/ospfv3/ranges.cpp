@@ -1,6 +1,6 @@
 #include "ospfv3/ranges.h"
 
-#include "core/ospf_grid.h"
+#include "core/ospf_grid_ranges.h"
 #include "core/parse.h"
 
 namespace zk {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/ospfv3.h"
 #include "ospfv3/interface.h"
 #include "ospfv3/ranges.h"

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "binding/staged.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/rip.h"
 
 namespace zk {

@@ -12,7 +12,7 @@
 #include "binding/staged.h"
 #include "core/equipment.h"
 #include "core/learned.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/rsvp.h"
 #include "rsvp/ranges.h"
 

@@ -8,7 +8,7 @@
 
 #include "binding/staged.h"
 #include "core/learned.h"
-#include "core/server.h"
+#include "core/port_server.h"
 #include "hal/stp.h"
 #include "stp/interface.h"
 #include "stp/learned.h"

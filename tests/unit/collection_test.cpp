@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "chassis/lab.h"
-#include "core/server.h"
+#include "core/port_server.h"
 
 namespace {
 

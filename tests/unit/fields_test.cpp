@@ -5,6 +5,7 @@
 
 #include "binding/staged.h"
 #include "hal/basic.h"
+#include "hal/json.h"
 #include "hal/registry.h"
 
 namespace {

@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "hal/json.h"
 #include "hal/ospf.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "core/server.h"
+#include "core/port_server.h"
 
 namespace zk {
 

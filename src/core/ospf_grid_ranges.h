@@ -3,8 +3,8 @@
 #pragma once
 
 #include "core/errors.h"
-#include "core/grid.h"
-#include "hal/ospf_grid.h"
+#include "core/grid_size.h"
+#include "hal/ospf_grid_record.h"
 
 namespace zk {
 

@@ -1,4 +1,4 @@
-#include "core/te.h"
+#include "core/te_options.h"
 
 #include <cmath>
 

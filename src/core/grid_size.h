@@ -1,7 +1,7 @@
 // The grid a port may emulate: rows and columns cut to the port's limit.
 #pragma once
 
-#include "hal/grid.h"
+#include "hal/grid_record.h"
 
 namespace zk {
 

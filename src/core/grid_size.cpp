@@ -1,4 +1,4 @@
-#include "core/grid.h"
+#include "core/grid_size.h"
 
 #include "core/errors.h"
 #include "core/port.h"

@@ -6,11 +6,11 @@
 
 #include <string>
 
-#include "hal/grid.h"
+#include "hal/grid_record.h"
 
 namespace hal {
 
-struct EOspfGrid : EGrid {
+struct EOSPFGrid : EGrid {
     int entryRow = 1, entryCol = 1;
     EIPAddress firstRouterId = EIPAddress::FromV4(0x0A000001);  // 10.0.0.1
     uint32_t routerIdStep = 1;
@@ -19,7 +19,7 @@ struct EOspfGrid : EGrid {
     int CalcNoOfSubnets() const { return saturated(links()); }
 
     static constexpr auto fields() {
-        using R = EOspfGrid;
+        using R = EOSPFGrid;
         return std::tuple_cat(EGrid::fields(),
                               hal::fields(field("EntryPointRow", &R::entryRow), field("EntryPointColumn", &R::entryCol),
                                           field("FirstRouterID", &R::firstRouterId),

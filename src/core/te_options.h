@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "hal/te.h"
+#include "hal/te_data.h"
 
 namespace zk {
 

@@ -253,7 +253,7 @@ struct Neighbor {
     Session session;
     std::optional<Open> peerOpen;
     std::unique_ptr<AdjRibIn> rib;
-    std::unique_ptr<AdjRibIn> stale;  // the routes of a peer that restarts (RFC 4724)
+    bool restarting = false;  // the peer restarts: its routes are held stale (RFC 4724)
     std::deque<Job> jobs;
     std::map<uint64_t, std::unique_ptr<Flap>> flaps;  // by range id
     engine::Timer restartTimer, staleTimer, linkTimer;
@@ -679,7 +679,7 @@ void Speaker::Impl::onEstablished(Neighbor& n, Conn& c) {
     n.beenUp = true;
     n.session = c.fsm->session();
     n.peerOpen = c.fsm->peerOpen();
-    if (n.stale) {
+    if (n.restarting) {
         // The peer is back after a restart: its old routes stay until it
         // has sent everything again, or the stale time is over.
         n.restartTimer.cancel();
@@ -715,33 +715,32 @@ void Speaker::Impl::sessionEnded(Neighbor& n, bool keepStale) {
     n.up = false;
     n.jobs.clear();
     n.flaps.clear();
-    if (keepStale) {
-        if (!n.stale) n.stale = std::move(n.rib);
-        n.rib = std::make_unique<AdjRibIn>(RibFilter::of(n.config));
-        ++n.grAttempted;
-        uint16_t restart = n.peerOpen->caps.gracefulRestart->time;
-        Neighbor* const np = &n;
-        n.staleTimer.cancel();
-        n.restartTimer.start(std::chrono::seconds(restart), [this, np] {
-            ++np->grFailed;
-            dropStale(*np);
-        });
-    } else {
-        n.stale.reset();
+    n.dirty = true;
+    if (!keepStale) {
+        n.restarting = false;
         n.staleTimer.cancel();
         n.restartTimer.cancel();
         n.rib = std::make_unique<AdjRibIn>(RibFilter::of(n.config));
+        return;
     }
-    n.dirty = true;
+    n.restarting = true;
+    n.rib->markStale();
+    ++n.grAttempted;
+    Neighbor* const np = &n;
+    n.staleTimer.cancel();
+    n.restartTimer.start(std::chrono::seconds(n.peerOpen->caps.gracefulRestart->time), [this, np] {
+        ++np->grFailed;
+        dropStale(*np);
+    });
 }
 
 void Speaker::Impl::dropStale(Neighbor& n) {
     n.restartTimer.cancel();
     n.staleTimer.cancel();
-    if (n.stale) {
-        n.stale.reset();
-        n.dirty = true;
-    }
+    if (!n.restarting) return;
+    n.restarting = false;
+    n.rib->sweepStale();
+    n.dirty = true;
 }
 
 void Speaker::Impl::onReceived(Neighbor& n, Conn& c, Action& a) {
@@ -756,31 +755,14 @@ void Speaker::Impl::onReceived(Neighbor& n, Conn& c, Action& a) {
     }
     if (!a.update) return;
     const Update& u = *a.update;
-    if (n.stale) {
-        // What the peer sends again replaces its stale route; an End-of-RIB
-        // ends the wait for the rest.
-        if (u.endOfRib) {
-            dropStale(n);
-        } else {
-            Update w;
-            w.withdrawn = u.withdrawn;
-            w.withdrawn.insert(w.withdrawn.end(), u.nlri.begin(), u.nlri.end());
-            n.stale->apply(w);
-            for (const auto* mp : {u.attributes.mpReach ? &u.attributes.mpReach->nlri : nullptr,
-                                   u.attributes.mpUnreach ? &u.attributes.mpUnreach->withdrawn : nullptr}) {
-                if (!mp) continue;
-                Update m;
-                m.attributes.mpUnreach = MpUnreach{u.attributes.mpReach && mp == &u.attributes.mpReach->nlri
-                                                       ? u.attributes.mpReach->family
-                                                       : u.attributes.mpUnreach->family,
-                                                   *mp};
-                n.stale->apply(m);
-            }
-        }
-    }
     const AdjRibIn::Applied applied = n.rib->apply(u);
-    if (n.stale) n.routesBeforeStale += applied.announced;
-    if (applied.announced || applied.withdrawn || n.stale) n.dirty = true;
+    if (applied.announced || applied.withdrawn) n.dirty = true;
+    if (n.restarting) {
+        // What the peer sends again is fresh; its End-of-RIB ends the wait
+        // for the rest.
+        n.routesBeforeStale += applied.refreshed;
+        if (u.endOfRib) dropStale(n);
+    }
 }
 
 // ---------------------------------------------------------------- announcing
@@ -854,11 +836,7 @@ void Speaker::Impl::pump(Neighbor& n) {
         }
         k.routesAdvertised.fetch_add(pc.announced, std::memory_order_relaxed);
         k.routesWithdrawn.fetch_add(pc.withdrawn, std::memory_order_relaxed);
-        if (messages > 1) {
-            k.sent[0].fetch_add(messages - 1, std::memory_order_relaxed);
-            k.sent[size_t(MessageType::Update)].fetch_add(messages - 1, std::memory_order_relaxed);
-        }
-        run(n, c, c.fsm->updateSent());
+        run(n, c, c.fsm->updateSent(messages));
     }
 }
 
@@ -1055,7 +1033,7 @@ void Speaker::stop(std::function<void()> done) {
         n->up = false;
         n->jobs.clear();
         n->flaps.clear();
-        n->stale.reset();
+        n->restarting = false;
         n->restartTimer.cancel();
         n->staleTimer.cancel();
         n->linkTimer.cancel();
@@ -1087,17 +1065,6 @@ std::shared_ptr<const std::vector<hal::EBGP::LearnedRoute>> Speaker::learnedRout
     if (!n) return nullptr;
     if (n->snapshot && !n->dirty) return n->snapshot;
     auto routes = n->rib->snapshot();
-    if (n->stale) {
-        // Stale routes the peer has not sent again.
-        auto key = [](const hal::EBGP::LearnedRoute& r) {
-            return std::make_tuple(r.family, r.network.IsV6(), r.network.GetBytes(), r.prefixLength);
-        };
-        std::set<decltype(key(routes.front()))> fresh;
-        for (const auto& r : routes) fresh.insert(key(r));
-        for (auto& r : n->stale->snapshot())
-            if (!fresh.count(key(r))) routes.push_back(std::move(r));
-        std::sort(routes.begin(), routes.end(), [&](const auto& a, const auto& b) { return key(a) < key(b); });
-    }
     n->snapshot = std::make_shared<const std::vector<hal::EBGP::LearnedRoute>>(std::move(routes));
     const_cast<Neighbor*>(n)->dirty = false;
     return n->snapshot;

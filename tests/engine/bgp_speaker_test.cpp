@@ -115,7 +115,11 @@ TEST_P(SpeakerRoutes, ArriveInThePeersRibWithTheirAttributes) {
     Pair p(server({na}), server({neighbor(kB, kA, c.internal ? 65001 : 65002, c.internal)}));
     p.sa->start();
     p.sb->start();
-    p.lab.run(10s);
+    p.lab.run(1050ms);  // the rates are of the last whole second
+    EXPECT_EQ(num(p.statsA(), stat::kRoutesPerSecondSent), c.count);
+    EXPECT_EQ(num(p.statsB(), stat::kRoutesPerSecondReceived), c.count);
+    p.lab.run(9s);
+    EXPECT_EQ(num(p.statsA(), stat::kRoutesPerSecondSent), 0u);
     auto routes = p.sb->learnedRoutes(ip(kA));
     ASSERT_TRUE(routes);
     ASSERT_EQ(routes->size(), c.count);
@@ -308,13 +312,61 @@ TEST(Speaker, StopSendsCeaseFlushesAndReportsDone) {
     EXPECT_EQ(p.learnedB(), 100u);
 }
 
-TEST(Speaker, StopWhileStoppedStillReportsDone) {
-    Lab lab;
-    Speaker s(lab.reactor, Place{}, lab.net());
+struct OnceCase {
+    const char* name;
+    bool establishOnce;
+    bool comesBack;
+};
+
+std::ostream& operator<<(std::ostream& os, const OnceCase& c) { return os << c.name; }
+
+class SpeakerOnce : public ::testing::TestWithParam<OnceCase> {};
+
+TEST_P(SpeakerOnce, APeeringUpOnceStaysDownWhenSoConfigured) {
+    const OnceCase& c = GetParam();
+    hal::EBGPServer cb = server({neighbor(kB, kA, 65002, false)});
+    cb.external.establishOnceOnly = c.establishOnce;
+    Pair p(server({neighbor(kA, kB, 65001, false)}), cb);
+    p.sa->start();
+    p.sb->start();
+    p.lab.run(3s);
+    ASSERT_EQ(num(p.statsB(), stat::kState), 6u);
     bool done = false;
-    s.stop([&] { done = true; });
-    lab.run(10ms, 1ms);
-    EXPECT_TRUE(done);
+    p.sa->stop([&] { done = true; });
+    p.lab.run(1s);
+    ASSERT_TRUE(done);
+    p.sa->start();
+    p.lab.run(10s);
+    EXPECT_EQ(num(p.statsB(), stat::kState) == 6, c.comesBack);
+    EXPECT_EQ(num(p.statsA(), stat::kState) == 6, c.comesBack);
+    EXPECT_GE(num(p.statsB(), stat::kConnectsReceived), 1u) << "A kept knocking";
+}
+
+INSTANTIATE_TEST_SUITE_P(Once, SpeakerOnce,
+                         ::testing::Values(OnceCase{"Again", false, true}, OnceCase{"EstablishOnce", true, false}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Speaker, LinkFlapTakesThePortsLinkDownAndUpOnItsTimes) {
+    auto na = neighbor(kA, kB, 65001, false);
+    na.linkFlap = true;
+    na.linkUpTime = 2;
+    na.linkDownTime = 1;
+    Lab lab;
+    Speaker a(lab.reactor, Place{}, lab.net());
+    std::vector<std::pair<int64_t, bool>> link;
+    a.setLink = [&](bool up) { link.emplace_back(lab.clock.now() / 1ms, up); };
+    a.configure(server({na}));
+    a.start();
+    lab.run(6500ms, 10ms);
+    EXPECT_EQ(link, (std::vector<std::pair<int64_t, bool>>{{2000, false}, {3000, true}, {5000, false}, {6000, true}}));
+    lab.run(2s, 10ms);  // down again at 8 s: stop brings it back up
+    bool done = false;
+    a.stop([&] { done = true; });
+    lab.run(1s);
+    ASSERT_EQ(link.size(), 6u);
+    EXPECT_EQ(link.back().second, true);
+    lab.run(10s);
+    EXPECT_EQ(link.size(), 6u) << "no flapping once stopped";
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,8 @@ public:
     int refused = 0;
     // Every stream a speaker opened or was handed, our side of it.
     std::vector<Stream*> streams;
+    // Addresses nobody can listen on (not on the interface yet).
+    std::set<IpAddress> missing;
 
     class Net final : public Transport {
     public:
@@ -64,6 +67,10 @@ public:
         }
         std::shared_ptr<void> listen(const IpAddress& local, uint16_t,
                                      const std::vector<std::pair<IpAddress, std::string>>&, Accept accept) override {
+            if (lab_.missing.count(local)) {
+                lastError_ = "cannot assign requested address";
+                return nullptr;
+            }
             auto l = std::make_shared<Listening>();
             l->accept = [this, accept](const IpAddress& peer, std::unique_ptr<Stream> s) {
                 lab_.streams.push_back(s.get());

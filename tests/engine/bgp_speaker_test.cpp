@@ -43,7 +43,8 @@ struct UpCase {
     uint32_t asA, asB;
     bool internal;
     bool activeA, activeB;
-    Duration startBLater;  // B starts this long after A
+    Duration startBLater;      // B starts this long after A
+    bool addressLate = false;  // A's address comes to the interface 2.5 s after A starts
 };
 
 std::ostream& operator<<(std::ostream& os, const UpCase& c) { return os << c.name; }
@@ -58,8 +59,13 @@ TEST_P(SpeakerUp, OneSessionComesUpAndLivesThroughAMinute) {
     ca.internal.activeConnect = ca.external.activeConnect = c.activeA;
     cb.internal.activeConnect = cb.external.activeConnect = c.activeB;
     Pair p(ca, cb);
+    if (c.addressLate) p.lab.missing.insert(*IpAddress::parse(c.a));
     p.sa->start();
     p.lab.run(c.startBLater);
+    if (c.addressLate) {
+        EXPECT_EQ(p.sa->lastError(), "cannot assign requested address");
+        p.lab.missing.clear();
+    }
     p.sb->start();
     p.lab.run(5s);
     for (auto stats : {p.statsA(c.b), p.statsB(c.a)}) {
@@ -91,7 +97,8 @@ INSTANTIATE_TEST_SUITE_P(
                       UpCase{"ExternalBothConnectAtOnce", kA, kB, 65001, 65002, false, true, true, 0s},
                       UpCase{"BothConnectBLaterThanARetries", kA, kB, 65001, 65002, false, true, true, 2500ms},
                       UpCase{"InternalBothConnect", kA, kB, 65001, 65001, true, true, true, 0s},
-                      UpCase{"IPv6External", "2001:db8::1", "2001:db8::2", 65001, 65002, false, true, true, 0s}),
+                      UpCase{"IPv6External", "2001:db8::1", "2001:db8::2", 65001, 65002, false, true, true, 0s},
+                      UpCase{"PassiveWhoseAddressComesLate", kA, kB, 65001, 65002, false, false, true, 2500ms, true}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // ---------------------------------------------------------------- routes

@@ -936,6 +936,10 @@ void Speaker::Impl::updateRoutes(Neighbor& n, const hal::EBGP::ConfigNeighbor& n
 // ---------------------------------------------------------------- statistics
 
 void Speaker::Impl::onTick() {
+    // A listener that could not be made (its address not there yet) is
+    // tried again every second.
+    if (running && std::any_of(listeners.begin(), listeners.end(), [](const auto& l) { return !l.second; }))
+        updateListeners();
     for (auto& [key, n] : neighbors) {
         const uint64_t s = n->counters->routesAdvertised.load(std::memory_order_relaxed);
         const uint64_t r = n->counters->routesAdvertisedReceived.load(std::memory_order_relaxed);

@@ -45,6 +45,7 @@ struct UpCase {
     bool activeA, activeB;
     Duration startBLater;      // B starts this long after A
     bool addressLate = false;  // A's address comes to the interface 2.5 s after A starts
+    Duration latency{0};       // of the wires: OPENs cross, both sides resolve the collision
 };
 
 std::ostream& operator<<(std::ostream& os, const UpCase& c) { return os << c.name; }
@@ -58,7 +59,7 @@ TEST_P(SpeakerUp, OneSessionComesUpAndLivesThroughAMinute) {
     hal::EBGPServer ca = server({na}), cb = server({nb});
     ca.internal.activeConnect = ca.external.activeConnect = c.activeA;
     cb.internal.activeConnect = cb.external.activeConnect = c.activeB;
-    Pair p(ca, cb);
+    Pair p(ca, cb, WireOptions{c.latency, 0});
     if (c.addressLate) p.lab.missing.insert(*IpAddress::parse(c.a));
     p.sa->start();
     p.lab.run(c.startBLater);
@@ -98,6 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
                       UpCase{"BothConnectBLaterThanARetries", kA, kB, 65001, 65002, false, true, true, 2500ms},
                       UpCase{"InternalBothConnect", kA, kB, 65001, 65001, true, true, true, 0s},
                       UpCase{"IPv6External", "2001:db8::1", "2001:db8::2", 65001, 65002, false, true, true, 0s},
+                      UpCase{"BothConnectAtOnceOverALatency", kA, kB, 65001, 65002, false, true, true, 0s, false, 5ms},
                       UpCase{"PassiveWhoseAddressComesLate", kA, kB, 65001, 65002, false, false, true, 2500ms, true}),
     [](const auto& info) { return std::string(info.param.name); });
 

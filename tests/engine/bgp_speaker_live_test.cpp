@@ -165,19 +165,18 @@ struct LiveCase {
 
 std::ostream& operator<<(std::ostream& os, const LiveCase& c) { return os << c.name; }
 
-class SpeakerLive : public ::testing::TestWithParam<LiveCase> {
-protected:
-    // Serves the reactor until cond() holds or the time is over.
-    template <class F>
-    bool until(Reactor& r, int ms, F cond) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-        while (std::chrono::steady_clock::now() < end) {
-            if (cond()) return true;
-            for (int i = 0; i < 10; ++i) r.poll(20ms);
-        }
-        return cond();
+// Serves the reactor until cond() holds or the time is over.
+template <class F>
+bool until(Reactor& r, int ms, F cond) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    while (std::chrono::steady_clock::now() < end) {
+        if (cond()) return true;
+        for (int i = 0; i < 10; ++i) r.poll(20ms);
     }
-};
+    return cond();
+}
+
+class SpeakerLive : public ::testing::TestWithParam<LiveCase> {};
 
 TEST_P(SpeakerLive, AgainstFrr) {
     const LiveCase& c = GetParam();
@@ -305,6 +304,58 @@ TEST_P(SpeakerLive, AgainstFrr) {
     const std::string reason = frrNeighbor().value("lastNotificationReason", "");
     EXPECT_NE(reason.find("Cease"), std::string::npos) << reason;
     EXPECT_NE(reason.find("Administrative Shutdown"), std::string::npos) << reason;
+    speaker.reset();
+    lab("lab::cleanup");
+}
+
+// BIRD 2 connects to us (our side only listens, on port 179 inside the
+// namespace): its routes learned, ours held, our Cease seen.
+TEST(SpeakerLiveBird, AgainstBird) {
+    TclLab lab;
+    if (!lab.why.empty()) GTEST_SKIP() << "live test skipped: " << lab.why;
+    const std::string nsA = lab("set a [lab::ns create]");
+    lab("set b [lab::ns create]");
+    lab("lab::veth $a $b -addr1 10.0.0.1/24 -addr2 10.0.0.2/24");
+    const std::string conf =
+        "router id 10.0.0.2;\nprotocol device {}\nprotocol static st4 { ipv4; route 30.0.0.0/24 blackhole; "
+        "route 30.0.1.0/24 blackhole; }\nprotocol bgp dut { local 10.0.0.2 as 65002; neighbor 10.0.0.1 as 65001; "
+        "hold time 9; keepalive time 3; connect delay time 1; connect retry time 1; "
+        "ipv4 { import all; export all; }; }\n";
+    lab("set bird [lab::bird start $b -config " + tclText(conf) + "]");
+
+    hal::EBGP::ConfigNeighbor n;
+    n.type = 1;
+    n.localAddress = ip("10.0.0.1");
+    n.dutAddress = ip("10.0.0.2");
+    n.localAs = 65001;
+    n.holdTime = 9;
+    n.keepAlive = 3;
+    hal::EBGP::ConfigRouteRange r;
+    r.firstNetwork = ip("20.0.0.0");
+    r.numberOfRoutes = 1000;
+    n.routeRanges.Add(r);
+    hal::EBGPServer config;
+    config.external.activeConnect = false;
+    config.neighbors.Add(n);
+    Reactor reactor;
+    auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ""});
+    speaker->configure(config);
+    speaker->start();
+    auto birdState = [&] { return lab("lab::bird state $bird dut"); };
+    auto birdRoutes = [&] { return lab("lab::bird count $bird master4"); };
+    EXPECT_TRUE(until(reactor, 15000, [&] { return speaker->statistics(ip("10.0.0.2")).at(stat::kState) == "6"; }));
+    EXPECT_EQ(birdState(), "Established");
+    EXPECT_EQ(speaker->statistics(ip("10.0.0.2")).at(stat::kConnectsAccepted), "1");
+    EXPECT_TRUE(until(reactor, 10000, [&] { return birdRoutes() == "1002"; })) << birdRoutes();
+    EXPECT_TRUE(until(reactor, 5000, [&] {
+        auto learned = speaker->learnedRoutes(ip("10.0.0.2"));
+        return learned && learned->size() == 2 && learned->back().asPath == std::vector<uint16_t>{65002};
+    }));
+    bool done = false;
+    speaker->stop([&] { done = true; });
+    EXPECT_TRUE(until(reactor, 3000, [&] { return done; }));
+    EXPECT_TRUE(until(reactor, 5000, [&] { return birdState() != "Established"; })) << birdState();
+    EXPECT_EQ(birdRoutes(), "2") << "our routes are gone from BIRD";
     speaker.reset();
     lab("lab::cleanup");
 }

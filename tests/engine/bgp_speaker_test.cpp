@@ -288,6 +288,33 @@ TEST(Speaker, AddedAndRemovedNeighborsStartAndEndWithACease) {
     EXPECT_EQ(num(a.statistics(ip("10.0.0.3")), stat::kState), 6u);
 }
 
+TEST(Speaker, AnInternalNeighborMeshesWithTheFurtherPeersOfItsTable) {
+    Lab lab;
+    auto na = neighbor(kA, kB, 65001, true);
+    na.routeRanges.Add(range("20.0.0.0", 10));
+    hal::EBGP::ConfigInternalNeighborItem more;
+    more.dutAddress = ip("10.0.0.3");
+    na.internalTable.peers.Add(more);
+    hal::EBGPServer ca = server({na});
+    Speaker a(lab.reactor, Place{}, lab.net()), b(lab.reactor, Place{}, lab.net()), c(lab.reactor, Place{}, lab.net());
+    a.configure(ca);
+    b.configure(server({neighbor(kB, kA, 65001, true)}));
+    c.configure(server({neighbor("10.0.0.3", kA, 65001, true)}));
+    for (Speaker* s : {&a, &b, &c}) s->start();
+    lab.run(5s);
+    for (Speaker* s : {&b, &c}) {
+        auto routes = s->learnedRoutes(ip(kA));
+        ASSERT_TRUE(routes);
+        EXPECT_EQ(routes->size(), 10u);
+    }
+    ca.neighbors.At(0)->internalTable.peers.At(0)->enabled = false;
+    a.configure(ca);
+    lab.run(1s);
+    EXPECT_TRUE(a.statistics(ip("10.0.0.3")).empty());
+    EXPECT_EQ(num(c.statistics(ip(kA)), stat::kLastErrorReceived), uint64_t(err::kCease) << 8 | err::kPeerDeconfigured);
+    EXPECT_EQ(num(b.statistics(ip(kA)), stat::kState), 6u);
+}
+
 // ---------------------------------------------------------------- stop
 
 TEST(Speaker, StopSendsCeaseFlushesAndReportsDone) {

@@ -112,6 +112,28 @@ FsmConfig fsmConfigOf(const Settings& s) {
     return c;
 }
 
+using SessionKey = std::pair<IpAddress, IpAddress>;  // local and DUT address
+
+// The sessions a configuration asks for: each enabled neighbor, and an
+// internal neighbor once more towards each enabled further peer of its
+// internal table (the emulated router in a full internal mesh). The first
+// of two with the same addresses wins.
+std::map<SessionKey, hal::EBGP::ConfigNeighbor> sessionsOf(const hal::EBGPServer& config) {
+    std::map<SessionKey, hal::EBGP::ConfigNeighbor> out;
+    config.neighbors.ForEach([&](const hal::EBGP::ConfigNeighbor& n) {
+        if (!n.enabled) return;
+        out.emplace(SessionKey{ipOf(n.localAddress), ipOf(n.dutAddress)}, n);
+        if (n.type != 0) return;
+        n.internalTable.peers.ForEach([&](const hal::EBGP::ConfigInternalNeighborItem& p) {
+            if (!p.enabled) return;
+            hal::EBGP::ConfigNeighbor more = n;
+            more.dutAddress = p.dutAddress;
+            out.emplace(SessionKey{ipOf(more.localAddress), ipOf(more.dutAddress)}, more);
+        });
+    });
+    return out;
+}
+
 bool sameRange(const hal::EBGP::ConfigRouteRange& a, const hal::EBGP::ConfigRouteRange& b) {
     hal::EBGP::ConfigRouteRange c = a;
     c.id = b.id;
@@ -282,7 +304,7 @@ struct Speaker::Impl {
     std::unique_ptr<Transport> transport;
     hal::EBGPServer config;
     bool running = false;
-    std::map<std::pair<IpAddress, IpAddress>, std::unique_ptr<Neighbor>> neighbors;  // by local and DUT address
+    std::map<SessionKey, std::unique_ptr<Neighbor>> neighbors;
     std::map<IpAddress, std::shared_ptr<void>> listeners;
     std::map<IpAddress, std::vector<std::pair<IpAddress, std::string>>> listenerKeys;
     struct Retired {
@@ -975,27 +997,24 @@ void Speaker::configure(const hal::EBGPServer& config) {
     Impl& m = *impl_;
     m.config = config;
     if (!m.running) return;
-    std::map<std::pair<IpAddress, IpAddress>, const hal::EBGP::ConfigNeighbor*> want;
-    config.neighbors.ForEach([&](const hal::EBGP::ConfigNeighbor& n) {
-        if (n.enabled) want.emplace(std::make_pair(ipOf(n.localAddress), ipOf(n.dutAddress)), &n);
-    });
+    const auto want = sessionsOf(config);
     for (auto it = m.neighbors.begin(); it != m.neighbors.end();) {
         auto w = want.find(it->first);
         if (w == want.end()) {
             m.endNeighbor(std::move(it->second), err::kPeerDeconfigured);
             it = m.neighbors.erase(it);
-        } else if (!(settingsOf(*w->second, config) == it->second->settings)) {
+        } else if (!(settingsOf(w->second, config) == it->second->settings)) {
             m.endNeighbor(std::move(it->second), err::kOtherConfigChange);
             it = m.neighbors.erase(it);
         } else {
-            m.updateRoutes(*it->second, *w->second);
+            m.updateRoutes(*it->second, w->second);
             ++it;
         }
     }
     std::vector<Neighbor*> added;
     for (const auto& [key, n] : want) {
         if (m.neighbors.count(key)) continue;
-        auto made = m.makeNeighbor(*n);
+        auto made = m.makeNeighbor(n);
         added.push_back(made.get());
         m.neighbors.emplace(key, std::move(made));
     }
@@ -1008,11 +1027,7 @@ void Speaker::start() {
     if (m.running) return;
     m.running = true;
     m.neighbors.clear();
-    m.config.neighbors.ForEach([&](const hal::EBGP::ConfigNeighbor& n) {
-        if (!n.enabled) return;
-        const auto key = std::make_pair(ipOf(n.localAddress), ipOf(n.dutAddress));
-        if (!m.neighbors.count(key)) m.neighbors.emplace(key, m.makeNeighbor(n));
-    });
+    for (const auto& [key, n] : sessionsOf(m.config)) m.neighbors.emplace(key, m.makeNeighbor(n));
     m.updateListeners();
     for (auto& [key, n] : m.neighbors) m.startNeighbor(*n);
     m.tick.startPeriodic(1s, [&m] { m.onTick(); });

@@ -37,8 +37,6 @@ public:
     Reactor reactor;
     int connects = 0;
     int refused = 0;
-    // Every stream a speaker opened or was handed, our side of it.
-    std::vector<Stream*> streams;
     // Addresses nobody can listen on (not on the interface yet).
     std::set<IpAddress> missing;
 
@@ -50,7 +48,6 @@ public:
         std::unique_ptr<Stream> connect(const IpAddress& remote, uint16_t, const TcpOptions& o) override {
             ++lab_.connects;
             auto [mine, theirs] = makeWire(lab_.reactor, lab_.options_);
-            lab_.streams.push_back(mine.get());
             auto held = std::make_shared<std::unique_ptr<Stream>>(std::move(theirs));
             Lab& lab = lab_;
             const IpAddress from = o.local.value_or(IpAddress{});
@@ -72,10 +69,7 @@ public:
                 return nullptr;
             }
             auto l = std::make_shared<Listening>();
-            l->accept = [this, accept](const IpAddress& peer, std::unique_ptr<Stream> s) {
-                lab_.streams.push_back(s.get());
-                accept(peer, std::move(s));
-            };
+            l->accept = accept;
             lab_.listeners_[local] = std::make_shared<Handle>(l);
             return l;
         }

@@ -155,6 +155,34 @@ std::string tclText(const std::string& text) {
     return s + "\"";
 }
 
+// Our side: one external neighbor in AS 65001 with a range of `count`
+// prefixes (MED 50, community 65001:7), timers of 3 and 9 s.
+hal::EBGPServer ours(const char* us, const char* dut, bool v6, const char* key, uint32_t count) {
+    hal::EBGP::ConfigNeighbor n;
+    n.type = 1;
+    n.localAddress = ip(us);
+    n.dutAddress = ip(dut);
+    n.localAs = 65001;
+    n.holdTime = 9;
+    n.keepAlive = 3;
+    n.md5Key = key;
+    n.ipV4Unicast = !v6;
+    n.ipV6Unicast = v6;
+    hal::EBGP::ConfigRouteRange r;
+    r.firstNetwork = ip(v6 ? "2001:db8:100::" : "20.0.0.0");
+    r.fromPrefix = r.thruPrefix = v6 ? 48 : 24;
+    r.numberOfRoutes = count;
+    r.medEnabled = true;
+    r.med = 50;
+    r.communities = {65001u << 16 | 7};
+    n.routeRanges.Add(r);
+    hal::EBGPServer config;
+    config.external.retryDelay = 1;
+    config.external.connectRetries = 0;
+    config.neighbors.Add(n);
+    return config;
+}
+
 struct LiveCase {
     const char* name;
     bool v6;
@@ -213,30 +241,8 @@ TEST_P(SpeakerLive, AgainstFrr) {
         }
     };
 
-    // Ours: a range of a thousand with attributes, a neighbor in namespace a.
-    hal::EBGP::ConfigNeighbor n;
-    n.type = 1;
-    n.localAddress = ip(us);
-    n.dutAddress = ip(dut);
-    n.localAs = 65001;
-    n.holdTime = 9;
-    n.keepAlive = 3;
-    n.md5Key = c.ourKey;
-    n.ipV4Unicast = !c.v6;
-    n.ipV6Unicast = c.v6;
-    hal::EBGP::ConfigRouteRange r;
-    r.firstNetwork = ip(c.v6 ? "2001:db8:100::" : "20.0.0.0");
-    r.fromPrefix = r.thruPrefix = c.v6 ? 48 : 24;
-    r.numberOfRoutes = c.v6 ? 16 : 1000;
-    r.medEnabled = true;
-    r.med = 50;
-    r.communities = {65001u << 16 | 7};
-    n.routeRanges.Add(r);
-    hal::EBGPServer config;
-    config.external.retryDelay = 1;
-    config.external.connectRetries = 0;
-    config.neighbors.Add(n);
-
+    hal::EBGPServer config = ours(us, dut, c.v6, c.ourKey, c.v6 ? 16 : 1000);
+    const hal::EBGP::ConfigRouteRange r = *config.neighbors.At(0)->routeRanges.At(0);
     Reactor reactor;
     auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ifs.substr(0, ifs.find(' '))});
     speaker->configure(config);
@@ -323,20 +329,8 @@ TEST(SpeakerLiveBird, AgainstBird) {
         "ipv4 { import all; export all; }; }\n";
     lab("set bird [lab::bird start $b -config " + tclText(conf) + "]");
 
-    hal::EBGP::ConfigNeighbor n;
-    n.type = 1;
-    n.localAddress = ip("10.0.0.1");
-    n.dutAddress = ip("10.0.0.2");
-    n.localAs = 65001;
-    n.holdTime = 9;
-    n.keepAlive = 3;
-    hal::EBGP::ConfigRouteRange r;
-    r.firstNetwork = ip("20.0.0.0");
-    r.numberOfRoutes = 1000;
-    n.routeRanges.Add(r);
-    hal::EBGPServer config;
+    hal::EBGPServer config = ours("10.0.0.1", "10.0.0.2", false, "", 1000);
     config.external.activeConnect = false;
-    config.neighbors.Add(n);
     Reactor reactor;
     auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ""});
     speaker->configure(config);

@@ -719,14 +719,14 @@ void Speaker::Impl::onDown(Neighbor& n, Conn& c, const std::optional<Notificatio
         retireConn(n.other, false);
         return;
     }
+    const bool wasUp = n.up;
     if (n.other) {
-        // The first connection failed while the peer's second one goes on.
+        // The first connection ended while the peer's second one goes on.
         retireConn(n.conn, false);
         n.conn = std::move(n.other);
         n.counters->state.store(uint8_t(n.conn->fsm->state()), std::memory_order_relaxed);
-        return;
     }
-    if (!n.up) return;
+    if (!wasUp) return;
     // RFC 4724: a peer that can restart gracefully and went away without a
     // NOTIFICATION keeps its routes, as stale, while it comes back.
     const bool keep = running && !why && n.peerOpen && n.peerOpen->caps.gracefulRestart.has_value();
@@ -1070,8 +1070,10 @@ void Speaker::stop(std::function<void()> done) {
             m.flushTimer.start(10ms, *check);
             return;
         }
+        for (Impl::Retired& r : m.retired)
+            if (!r.stream->closed()) r.stream->abort();  // the grace is over
         m.sweep();
-        m.tick.cancel();
+        if (!m.running) m.tick.cancel();  // unless started again meanwhile
         auto finish = done;
         *check = nullptr;  // breaks the cycle
         if (finish) finish();

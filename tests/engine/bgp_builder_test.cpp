@@ -399,6 +399,71 @@ INSTANTIATE_TEST_SUITE_P(
                       }}),
     [](const auto& info) { return std::string(info.param.name); });
 
+TEST(Builder, OneLabelledRouteExactly) {
+    hal::EBGP::ConfigMplsRouteRange r;
+    r.firstNetwork = v4("20.0.0.0");
+    r.labels.startLabel = 100;
+    UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
+    ASSERT_TRUE(enc.addLabelled(r, 65001));
+    EXPECT_EQ(bgptest::toHex(enc.all()),
+              bgptest::toHex(message(2, hex("0000 0021"
+                                            "90 0e 0010 0001 04 04 0a010002 00"
+                                            "   30 000641 140000"  // 48 bits: label 100, bottom of stack
+                                            "40 01 01 00"
+                                            "40 02 06 02 01 0000fde9"))));
+    UpdateEncoder gone(external(), UpdateEncoder::Kind::Withdraw);
+    ASSERT_TRUE(gone.addLabelled(r, 65001));
+    EXPECT_EQ(bgptest::toHex(gone.all()),
+              bgptest::toHex(message(2, hex("0000 000e 90 0f 000a 0001 04 30 800000 140000"))));  // RFC 8277 2.4
+}
+
+TEST(Builder, OneVpnRouteExactly) {
+    hal::EBGP::ConfigVpnRouteRange r;
+    r.firstNetwork = v4("20.0.0.0");
+    r.distinguisher.asNumber = 65001;
+    r.distinguisher.assignedNumber = 7;
+    hal::EBGP::ConfigL3Site site;
+    hal::EBGP::ConfigRouteTarget rt;
+    rt.target.asNumber = 65001;
+    rt.target.assignedNumber = 7;
+    site.exportTargets.Add(rt);
+    UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
+    ASSERT_TRUE(enc.addVpn(r, site, 65001));
+    EXPECT_EQ(bgptest::toHex(enc.all()),
+              bgptest::toHex(message(2, hex("0000 003c"
+                                            "90 0e 0020 0001 80 0c 0000000000000000 0a010002 00"
+                                            "   70 000101 0000fde900000007 140000"  // 112 bits: label 16, RD 65001:7
+                                            "40 01 01 00"
+                                            "40 02 06 02 01 0000fde9"
+                                            "c0 10 08 0002fde900000007"))));  // route target 65001:7
+}
+
+struct RdCase {
+    const char* name;
+    RouteDistinguisher rd;
+    uint64_t route;
+    uint64_t expected;
+};
+void PrintTo(const RdCase& c, std::ostream* os) { *os << c.name; }
+
+class RouteDistinguisherTest : public ::testing::TestWithParam<RdCase> {};
+
+TEST_P(RouteDistinguisherTest, MovesTheRightPart) {
+    EXPECT_EQ(GetParam().rd.at(GetParam().route), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rfc4364, RouteDistinguisherTest,
+    ::testing::Values(
+        RdCase{"as_fixed", {0, 65001, 7, 0, false}, 9, 0x0000fde900000007},
+        RdCase{"as_local_part", {0, 65001, 7, 2, false}, 3, 0x0000fde90000000d},
+        RdCase{"as_global_part", {0, 65001, 7, 1, true}, 3, 0x0000fdec00000007},
+        RdCase{"as_global_part_wraps_in_16_bits", {0, 65535, 7, 1, true}, 2, 0x0000000100000007},
+        RdCase{"address_local_part", {1, 0xc0000201, 7, 1, false}, 3, 0x0001c0000201000a},
+        RdCase{"address_local_part_wraps_in_16_bits", {1, 0xc0000201, 0xffff, 1, false}, 1, 0x0001c00002010000},
+        RdCase{"address_global_part", {1, 0xc0000201, 7, 256, true}, 1, 0x0001c00003010007}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 TEST(Builder, FourOctetAsOnATwoOctetSession) {
     EncodeSession s = external(4200000000u);
     s.as4 = false;
@@ -510,13 +575,27 @@ TEST(Builder, NeighborRangesByFamilyAndAsIncrement) {
     auto disabled = range(v4("40.0.0.0"), 24, 24, 1);
     disabled.enabled = false;
     n.routeRanges.Add(disabled);
+    hal::EBGP::ConfigMplsRouteRange mpls;
+    mpls.firstNetwork = v4("50.0.0.0");
+    n.mplsRouteRanges.Add(mpls);
+    hal::EBGP::ConfigL3Site site;
+    hal::EBGP::ConfigVpnRouteRange vpn;
+    vpn.firstNetwork = v4("60.0.0.0");
+    site.vpnRouteRanges.Add(vpn);
+    n.l3Sites.Add(site);
+    site.enabled = false;
+    n.l3Sites.Add(site);
     UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
-    addNeighborRanges(enc, n, 65001, {kIpv4Unicast});
+    addNeighborRanges(enc, n, 65001, {kIpv4Unicast, AfiSafi{1, 128}});
     auto us = decodeAll(enc.all());
-    ASSERT_EQ(us.size(), 2u);
+    ASSERT_EQ(us.size(), 3u);
     EXPECT_EQ(us[0].attributes.asPath, (AsPath{{2, {65001}}}));
     EXPECT_EQ(us[1].attributes.asPath, (AsPath{{2, {65021}}}));  // the third range: 65001 + 2 * 10
     EXPECT_EQ(us[1].nlri, std::vector<Prefix>{p4("30.0.0.0", 24)});
+    // No labelled routes: the session does not carry them; one VPN route, of the enabled site.
+    ASSERT_TRUE(us[2].attributes.mpReach);
+    EXPECT_EQ(us[2].attributes.mpReach->family, (AfiSafi{1, 128}));
+    EXPECT_EQ(us[2].attributes.mpReach->nlri.size(), 1u);
 }
 
 TEST(Builder, AttributesTooLargeForAMessageAreRefused) {
@@ -533,13 +612,6 @@ TEST(Builder, AttributesTooLargeForAMessageAreRefused) {
     ASSERT_EQ(us.size(), 1u);
     EXPECT_EQ(us[0].attributes.communities.size(), 1100u);
     EXPECT_EQ(us[0].nlri.size(), 10u);
-}
-
-TEST(Builder, EndOfRibAfterTheRanges) {
-    EXPECT_EQ(encodeEndOfRib(kIpv4Unicast).size(), 23u);
-    auto u = decodeUpdate(encodeEndOfRib(kIpv6Unicast), {});
-    ASSERT_TRUE(u.ok());
-    EXPECT_EQ(u->endOfRib, kIpv6Unicast);
 }
 
 }  // namespace

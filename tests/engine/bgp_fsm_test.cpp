@@ -407,6 +407,14 @@ TEST(Fsm, UpdatesSentAreCountedAndPutOffTheKeepalive) {
     EXPECT_EQ(acts[0].seconds, 3u);
 }
 
+TEST(Fsm, CollisionKeepsTheConnectionOfTheHigherIdentifier) {
+    EXPECT_TRUE(keepOurConnection(0x0a000002, 0x0a000001));
+    EXPECT_FALSE(keepOurConnection(0x0a000001, 0x0a000002));
+    EXPECT_FALSE(keepOurConnection(0x0a000001, 0x0a000001));
+    // Compared as unsigned numbers: 200.0.0.1 is above 10.0.0.1.
+    EXPECT_TRUE(keepOurConnection(0xc8000001, 0x0a000001));
+}
+
 TEST(Fsm, NotificationReceivedEndsTheSessionQuietly) {
     Counters counters;
     auto f = machineIn(State::Established, counters);

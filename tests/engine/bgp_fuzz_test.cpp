@@ -33,6 +33,7 @@ std::vector<Bytes> seeds() {
     o.caps.gracefulRestart = GracefulRestart{true, true, 120, {{kIpv4Unicast, true}, {kIpv6Unicast, false}}};
     o.caps.other = {{0x80, {}}, {0x47, {1, 2, 3}}};
     s.push_back(encodeOpen(o));
+    s.push_back(message(1, hex("04 fde9 005a 0a000001 ff ff 000c 02 0002 02 00 02 0004 06 00 02 00")));
     s.push_back(encodeNotification({6, 2, {1, 2, 3}}));
     s.push_back(encodeKeepalive());
     s.push_back(encodeRouteRefresh({kIpv6Unicast, 1}));
@@ -72,6 +73,20 @@ std::vector<Bytes> seeds() {
         r.fromPrefix = 47;
         r.thruPrefix = 65;
         enc.add(r, 65001);
+        hal::EBGP::ConfigMplsRouteRange mpls;
+        mpls.firstNetwork = hal::EIPAddress::FromV4(0x1e000000);
+        mpls.numberOfRoutes = 3;
+        mpls.labels.labelMode = 1;
+        enc.addLabelled(mpls, 65001);
+        hal::EBGP::ConfigVpnRouteRange vpn;
+        vpn.firstNetwork = hal::EIPAddress::FromV6({0x20, 0x01, 0x0d, 0xb8});
+        vpn.fromPrefix = vpn.thruPrefix = 64;
+        vpn.numberOfRoutes = 3;
+        vpn.distinguisherStep = 1;
+        hal::EBGP::ConfigL3Site site;
+        hal::EBGP::ConfigRouteTarget rt;
+        site.exportTargets.Add(rt);
+        enc.addVpn(vpn, site, 65001);
         Bytes all = enc.all();
         for (size_t at = 0; at < all.size();) {
             size_t len = nextFrame(ByteView(all).subspan(at)).length;
@@ -270,7 +285,29 @@ TEST(Fuzz, RandomRangesEncodeIntoWhatTheyDescribe) {
         s.localAddress = v6 ? hal::EIPAddress::FromV6(bytes) : hal::EIPAddress::FromV4(uint32_t(rng()));
         auto kind = (rng() & 1) ? UpdateEncoder::Kind::Announce : UpdateEncoder::Kind::Withdraw;
         UpdateEncoder enc(s, kind);
-        ASSERT_TRUE(enc.add(r, s.localAs)) << enc.error();
+        switch (rng() % 3) {
+        case 0:
+            ASSERT_TRUE(enc.add(r, s.localAs)) << enc.error();
+            break;
+        case 1: {
+            hal::EBGP::ConfigMplsRouteRange m;
+            static_cast<hal::EBGP::ConfigRoutes&>(m) = r;
+            m.labels.labelMode = uint8_t(rng() & 1);
+            m.labels.startLabel = uint32_t(rng());
+            ASSERT_TRUE(enc.addLabelled(m, s.localAs)) << enc.error();
+            break;
+        }
+        default: {
+            hal::EBGP::ConfigVpnRouteRange v;
+            static_cast<hal::EBGP::ConfigRoutes&>(v) = r;
+            v.distinguisher.type = uint8_t(rng() & 1);
+            v.distinguisherStep = uint32_t(rng() % 3);
+            v.distinguisherIncrementMode = uint8_t(rng() & 1);
+            hal::EBGP::ConfigL3Site site;
+            ASSERT_TRUE(enc.addVpn(v, site, s.localAs)) << enc.error();
+            break;
+        }
+        }
         Bytes all = enc.all();
         uint64_t seen = 0;
         for (size_t at = 0; at < all.size();) {

@@ -298,6 +298,41 @@ TEST(Rib, GracefulRestartKeepsRoutesStaleUntilRefreshedOrSwept) {
     EXPECT_EQ(rib.sweepStale(), 0u);
 }
 
+TEST(Rib, LabelledAndVpnRoutesWithTheirLabels) {
+    hal::EBGP::ConfigMplsRouteRange mpls;
+    mpls.firstNetwork = v4(20, 0, 0, 0);
+    mpls.numberOfRoutes = 5;
+    mpls.labels = {1, 100};  // incrementing from 100
+    hal::EBGP::ConfigVpnRouteRange vpn;
+    vpn.firstNetwork = v4(30, 0, 0, 0);
+    vpn.numberOfRoutes = 2;
+    vpn.distinguisherStep = 1;  // two routes of 30.0.0.0/24 would clash without it; these differ anyway
+    hal::EBGP::ConfigL3Site site;
+    AdjRibIn rib;
+    UpdateEncoder enc(peer(), UpdateEncoder::Kind::Announce);
+    ASSERT_TRUE(enc.addLabelled(mpls, 65002));
+    ASSERT_TRUE(enc.addVpn(vpn, site, 65002));
+    vpn.distinguisher.assignedNumber = 99;  // the same prefixes under other distinguishers are other routes
+    ASSERT_TRUE(enc.addVpn(vpn, site, 65002));
+    feed(rib, enc.all());
+    auto snap = rib.snapshot();
+    ASSERT_EQ(snap.size(), 9u);
+    for (size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(snap[i].family, 3);
+        EXPECT_EQ(snap[i].network, v4(20, 0, uint8_t(i), 0));
+        EXPECT_EQ(snap[i].label, 100 + i);
+        EXPECT_EQ(snap[i].nextHop, v4(10, 1, 0, 1));
+    }
+    EXPECT_EQ(snap[5].family, 4);
+    EXPECT_EQ(snap[5].label, 16u);
+    EXPECT_EQ(snap[5].nextHop, v4(10, 1, 0, 1));  // the distinguisher of the next hop is not part of it
+    UpdateEncoder gone(peer(), UpdateEncoder::Kind::Withdraw);
+    ASSERT_TRUE(gone.addLabelled(mpls, 65002));
+    ASSERT_TRUE(gone.addVpn(vpn, site, 65002));
+    EXPECT_EQ(feed(rib, gone.all()).withdrawn, 7u);  // by prefix and distinguisher, whatever the label field
+    EXPECT_EQ(rib.size(), 2u);
+}
+
 // A million /24s sharing one attribute set: bytes per route of the store.
 TEST(Rib, AMillionRoutesIn48BytesEach) {
     AdjRibIn rib;

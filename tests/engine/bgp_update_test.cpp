@@ -296,7 +296,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Prefixes, TrailingBitsAreCleared) {
     std::vector<Prefix> out;
-    ASSERT_TRUE(decodePrefixes(hex("17 0a0001"), false, out));  // 10.0.1.0/23: the last bit is not part of it
+    ASSERT_TRUE(decodePrefixes(hex("17 0a0001"), kIpv4Unicast, out));  // 10.0.1.0/23: the last bit is not part of it
     EXPECT_EQ(out[0], Prefix::v4(0x0a000000, 23));
 }
 

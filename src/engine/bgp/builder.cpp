@@ -128,7 +128,70 @@ UpdateEncoder::Group& UpdateEncoder::groupFor(Group&& g, bool mergeable) {
     return groups_.back();
 }
 
+uint64_t RouteDistinguisher::at(uint64_t route) const {
+    uint64_t move = uint64_t(step) * route;
+    if (type == 1) {
+        uint32_t g = uint32_t(global + (stepGlobal ? move : 0));
+        uint16_t l = uint16_t(local + (stepGlobal ? 0 : move));
+        return uint64_t(1) << 48 | uint64_t(g) << 16 | l;
+    }
+    uint16_t g = uint16_t(global + (stepGlobal ? move : 0));
+    uint32_t l = uint32_t(local + (stepGlobal ? 0 : move));
+    return uint64_t(g) << 32 | l;
+}
+
+namespace {
+
+RouteLabels labelsOf(const hal::EBGP::ConfigLabels& l) { return {l.startLabel, l.labelMode == 1}; }
+
+// A route target: type 0x00 (AS) or 0x01 (address), sub-type 0x02.
+std::array<uint8_t, 8> routeTarget(const hal::EBGP::ConfigAdministrator& a) {
+    std::array<uint8_t, 8> c{};
+    c[1] = 0x02;
+    if (a.type == 1) {
+        c[0] = 0x01;
+        store32(c.data() + 2, a.ipAddress.IsV6() ? 0 : a.ipAddress.GetV4());
+        store16(c.data() + 6, uint16_t(a.assignedNumber));
+    } else {
+        store16(c.data() + 2, a.asNumber);
+        store32(c.data() + 4, a.assignedNumber);
+    }
+    return c;
+}
+
+}  // namespace
+
 bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8_t safi) {
+    Extras x;
+    x.safi = safi;
+    return addRange(r, pathAs, x);
+}
+
+bool UpdateEncoder::addLabelled(const hal::EBGP::ConfigMplsRouteRange& r, uint32_t pathAs) {
+    Extras x;
+    x.safi = 4;
+    x.labels = labelsOf(r.labels);
+    return addRange(r, pathAs, x);
+}
+
+bool UpdateEncoder::addVpn(const hal::EBGP::ConfigVpnRouteRange& r, const hal::EBGP::ConfigL3Site& site,
+                           uint32_t pathAs) {
+    Extras x;
+    x.safi = 128;
+    x.labels = labelsOf(r.labels);
+    const hal::EBGP::ConfigAdministrator& d = r.distinguisher;
+    x.rd.type = d.type == 1 ? 1 : 0;
+    x.rd.global = d.type == 1 ? (d.ipAddress.IsV6() ? 0 : d.ipAddress.GetV4()) : d.asNumber;
+    x.rd.local = d.assignedNumber;
+    x.rd.step = r.distinguisherStep;
+    x.rd.stepGlobal = r.distinguisherIncrementMode == 0;
+    site.exportTargets.ForEach(
+        [&](const hal::EBGP::ConfigRouteTarget& t) { x.communities.push_back(routeTarget(t.target)); });
+    return addRange(r, pathAs, x);
+}
+
+bool UpdateEncoder::addRange(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, const Extras& x) {
+    const uint8_t safi = x.safi;
     if (!r.enabled) {
         error_ = "the range is disabled";
         return false;
@@ -139,7 +202,10 @@ bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8
     g.v6 = v6;
     g.family = AfiSafi{uint16_t(v6 ? 2 : 1), safi};
     g.inNlriField = !v6 && safi == 1;
-    bool mergeable = true;
+    g.header = prefixHeaderSize(safi);
+    g.labels = x.labels;
+    g.rd = x.rd;
+    bool mergeable = g.header == 0;  // labels and distinguishers are counted per range
 
     if (kind_ == Kind::Withdraw) {
         if (!g.inNlriField) {
@@ -161,8 +227,9 @@ bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8
         g.nh = nh;
         g.nhSize = v6 ? 16 : 4;
         g.nhVaries = r.nextHopMode == 1 || r.nextHopMode == 2;
-        mergeable = !g.nhVaries;
+        mergeable = mergeable && !g.nhVaries;
         PathAttributes a = rangeAttributes(r, s_, pathAs);
+        a.extendedCommunities.insert(a.extendedCommunities.end(), x.communities.begin(), x.communities.end());
         if (g.inNlriField) {
             a.nextHop = uint32_t(nh);
             encodeAttributes(g.head, a, s_.as4);
@@ -170,23 +237,28 @@ bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8
         } else {
             encodeAttributes(g.tail, a, s_.as4);
             bool linkLocal = v6 && r.nextHopSetMode == 1 && s_.linkLocal;
+            const size_t rdZero = safi == 128 ? 8 : 0;  // a VPN next hop has a distinguisher of zero
             Writer w(g.head);
             w.u8(attr::kOptional | attr::kExtendedLength);
             w.u8(attr::kMpReach);
             w.u16(0);
             w.u16(g.family.afi);
             w.u8(g.family.safi);
-            w.u8(uint8_t(g.nhSize + (linkLocal ? 16 : 0)));
+            w.u8(uint8_t(rdZero + g.nhSize + (linkLocal ? rdZero + 16 : 0)));
+            g.head.resize(g.head.size() + rdZero);
             g.nhAt = g.head.size();
             g.head.resize(g.head.size() + g.nhSize);
             putAddress(g.head.data() + g.nhAt, nh, g.nhSize);
-            if (linkLocal) g.head.insert(g.head.end(), s_.linkLocal->begin(), s_.linkLocal->end());
+            if (linkLocal) {
+                g.head.resize(g.head.size() + rdZero);
+                g.head.insert(g.head.end(), s_.linkLocal->begin(), s_.linkLocal->end());
+            }
             w.u8(0);  // reserved
         }
     }
 
     // Room for the attributes and at least the longest prefix.
-    if (kHeaderSize + 4 + g.head.size() + g.tail.size() + 17 > s_.maxMessage) {
+    if (kHeaderSize + 4 + g.head.size() + g.tail.size() + 17 + g.header > s_.maxMessage) {
         error_ = "the path attributes of the range do not fit in a message";
         return false;
     }
@@ -206,6 +278,7 @@ bool UpdateEncoder::add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8
         } else if (kind_ == Kind::Announce && r.nextHopMode == 2) {
             run.nhOffset = lengthIndex;
         }
+        run.routeBase = routeIndex;
         routeIndex += run.count;
         if (run.count) runs.push_back(run);
     }
@@ -265,7 +338,7 @@ size_t UpdateEncoder::writeOne(uint8_t* out, size_t cap) {
     bool first = true;
     while (run_ < g.runs.size()) {
         const Run& run = g.runs[run_];
-        const size_t nbytes = (run.length + 7u) / 8, nb = 1 + nbytes;
+        const size_t nbytes = (run.length + 7u) / 8, nb = 1 + g.header + nbytes;
         if (g.nhVaries) {
             u128 nh = g.nh + run.nhOffset + (run.nhPerRoute ? index_ : 0);
             if (first) msgNh = nh;
@@ -276,7 +349,28 @@ size_t UpdateEncoder::writeOne(uint8_t* out, size_t cap) {
         k = std::min(k, run.nhPerRoute ? 1 : run.count - index_);
         if (k == 0) break;
         const uint8_t len = run.length;
-        if (!g.v6) {
+        if (g.header) {
+            // Labelled and VPN routes: the label field (and distinguisher) of each route.
+            const unsigned width = g.v6 ? 128 : 32;
+            u128 a = run.base + run.step * index_;
+            for (uint64_t i = 0; i < k; ++i, a += run.step) {
+                const uint64_t route = run.routeBase + index_ + i;
+                p[0] = uint8_t(len + g.header * 8);
+                uint32_t label = (g.labels.start + (g.labels.increment ? uint32_t(route) : 0)) & 0xfffff;
+                uint32_t field = kind_ == Kind::Withdraw ? kWithdrawLabelField : label << 4 | 1;
+                p[1] = uint8_t(field >> 16);
+                p[2] = uint8_t(field >> 8);
+                p[3] = uint8_t(field);
+                if (g.header == 11) {
+                    uint64_t rd = g.rd.at(route);
+                    store32(p + 4, uint32_t(rd >> 32));
+                    store32(p + 8, uint32_t(rd));
+                }
+                uint8_t* q = p + 1 + g.header;
+                for (size_t j = 0; j < nbytes; ++j) q[j] = uint8_t(a >> (width - 8 - 8 * j));
+                p += nb;
+            }
+        } else if (!g.v6) {
             uint64_t a = uint64_t(run.base + run.step * index_);
             const uint64_t step = uint64_t(run.step);
             uint64_t i = 0;
@@ -349,14 +443,25 @@ Bytes UpdateEncoder::all() {
 
 void addNeighborRanges(UpdateEncoder& enc, const hal::EBGP::ConfigNeighbor& n, uint32_t sessionAs,
                        const std::vector<AfiSafi>& families) {
-    auto carries = [&](AfiSafi f) { return std::find(families.begin(), families.end(), f) != families.end(); };
+    auto carries = [&](const hal::EBGP::ConfigRoutes& r, uint8_t safi) {
+        AfiSafi f{uint16_t(r.firstNetwork.IsV6() ? 2 : 1), safi};
+        return r.enabled && std::find(families.begin(), families.end(), f) != families.end();
+    };
     for (size_t i = 0; i < n.routeRanges.Size(); ++i) {
         const hal::EBGP::ConfigRouteRange& r = *n.routeRanges.At(i);
-        if (!r.enabled) continue;
-        AfiSafi f = r.firstNetwork.IsV6() ? kIpv6Unicast : kIpv4Unicast;
-        if (!carries(f)) continue;
-        enc.add(r, rangeAs(n, sessionAs, i), f.safi);
+        if (carries(r, 1)) enc.add(r, rangeAs(n, sessionAs, i), 1);
     }
+    for (size_t i = 0; i < n.mplsRouteRanges.Size(); ++i) {
+        const hal::EBGP::ConfigMplsRouteRange& r = *n.mplsRouteRanges.At(i);
+        if (carries(r, 4)) enc.addLabelled(r, rangeAs(n, sessionAs, i));
+    }
+    n.l3Sites.ForEach([&](const hal::EBGP::ConfigL3Site& site) {
+        if (!site.enabled) return;
+        for (size_t i = 0; i < site.vpnRouteRanges.Size(); ++i) {
+            const hal::EBGP::ConfigVpnRouteRange& r = *site.vpnRouteRanges.At(i);
+            if (carries(r, 128)) enc.addVpn(r, site, rangeAs(n, sessionAs, i));
+        }
+    });
 }
 
 }  // namespace engine::bgp

@@ -65,6 +65,26 @@ PathAttributes rangeAttributes(const hal::EBGP::ConfigRoutes& r, const EncodeSes
 // Number of prefixes a range gives (after the end of the address space).
 uint64_t rangePrefixCount(const hal::EBGP::ConfigRoutes& r);
 
+// The labels of labelled and VPN routes: the start label, and one more for
+// each route of the range with increment.
+struct RouteLabels {
+    uint32_t start = 16;
+    bool increment = false;
+};
+
+// A route distinguisher (RFC 4364 4.2): type 0 a 2-byte AS and a 4-byte
+// number, type 1 an IPv4 address and a 2-byte number; `step` moves the
+// global (AS or address) or the local part on for each route, within its
+// width.
+struct RouteDistinguisher {
+    uint8_t type = 0;
+    uint32_t global = 0;
+    uint32_t local = 0;
+    uint32_t step = 0;
+    bool stepGlobal = false;
+    uint64_t at(uint64_t route) const;
+};
+
 class UpdateEncoder {
 public:
     enum class Kind { Announce, Withdraw };
@@ -74,6 +94,12 @@ public:
     // with only an IPv6 next hop, a disabled range), with the reason in
     // error(). safi: 1 unicast, 2 multicast.
     bool add(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, uint8_t safi = 1);
+    // Labelled unicast (SAFI 4, one label a route, RFC 8277).
+    bool addLabelled(const hal::EBGP::ConfigMplsRouteRange& r, uint32_t pathAs);
+    // VPN routes of a site (SAFI 128, RFC 4364 and 4659): the site's export
+    // targets go out as route-target extended communities after the range's
+    // own; the next hop carries a zero distinguisher.
+    bool addVpn(const hal::EBGP::ConfigVpnRouteRange& r, const hal::EBGP::ConfigL3Site& site, uint32_t pathAs);
 
     // Writes whole UPDATEs into out, as many as fit; returns the bytes
     // written, 0 when everything is out or the next message does not fit
@@ -96,6 +122,7 @@ private:
         uint8_t length = 0;
         uint64_t nhOffset = 0;  // added to the group's next hop
         bool nhPerRoute = false;
+        uint64_t routeBase = 0;  // the number of its first route in the range
     };
     struct Group {
         bool v6 = false;
@@ -107,9 +134,19 @@ private:
         size_t nhSize = 0;         // 4 or 16 bytes that vary (the link-local part never does)
         u128 nh = 0;
         bool nhVaries = false;
+        size_t header = 0;  // label field and distinguisher bytes in front of each prefix
+        RouteLabels labels;
+        RouteDistinguisher rd;
         std::vector<Run> runs;
     };
+    struct Extras {
+        uint8_t safi = 1;
+        RouteLabels labels;
+        RouteDistinguisher rd;
+        std::vector<std::array<uint8_t, 8>> communities;  // appended extended communities
+    };
 
+    bool addRange(const hal::EBGP::ConfigRoutes& r, uint32_t pathAs, const Extras& x);
     size_t writeOne(uint8_t* out, size_t cap);
     Group& groupFor(Group&& g, bool mergeable);
 
@@ -124,8 +161,10 @@ private:
     std::string error_;
 };
 
-// Every enabled route range of a neighbor, in order, for the families the
-// session carries; sessionAs as in rangeAs.
+// Every enabled route range of a neighbor for the families the session
+// carries: the unicast ranges, the labelled ones, then the VPN ranges of
+// each enabled site; sessionAs as in rangeAs (the position is the one in
+// each list).
 void addNeighborRanges(UpdateEncoder& enc, const hal::EBGP::ConfigNeighbor& n, uint32_t sessionAs,
                        const std::vector<AfiSafi>& families);
 

@@ -85,6 +85,11 @@ struct Action {
     std::optional<Notification> notification;
 };
 
+// Connection collision (RFC 4271 6.8): when a connection the peer opened
+// and one we opened both reach an OPEN, the one opened by the side with
+// the higher BGP identifier stays; true: keep the one we opened.
+inline bool keepOurConnection(uint32_t ourId, uint32_t peerId) { return ourId > peerId; }
+
 class Fsm {
 public:
     Fsm(FsmConfig config, Counters& counters);

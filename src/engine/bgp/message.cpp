@@ -189,12 +189,19 @@ Result<Open> decodeOpen(ByteView msg) {
     o.myAs = r.u16();
     o.holdTime = r.u16();
     o.bgpId = r.u32();
-    uint8_t optLen = r.u8();
+    size_t optLen = r.u8();
     if (o.version != 4) return notification(err::kOpen, err::kUnsupportedVersion, {0, 4});
+    // RFC 9072: a length of 255 and a first type of 255 announce a 2-byte
+    // length, and 2-byte lengths for each parameter.
+    const bool extended = optLen == 255 && r.remaining() >= 3 && msg[kHeaderSize + 10] == 255;
+    if (extended) {
+        r.u8();
+        optLen = r.u16();
+    }
     if (optLen != r.remaining()) return badLength(h->length);
     while (!r.empty()) {
         uint8_t type = r.u8();
-        uint8_t len = r.u8();
+        size_t len = extended ? r.u16() : r.u8();
         ByteView params = r.bytes(len);
         if (r.failed()) return notification(err::kOpen, 0);
         if (type != 2) return notification(err::kOpen, err::kUnsupportedOptParam);

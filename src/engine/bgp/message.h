@@ -151,6 +151,7 @@ struct Open {
 Open makeOpen(uint32_t as, uint16_t holdTime, uint32_t bgpId);
 
 // Each capability goes in an optional parameter of its own (type 2).
+// Decoding also reads the extended parameter lengths of RFC 9072.
 Bytes encodeOpen(const Open& open);
 // Syntax only (RFC 4271 6.2 and RFC 5492): version 4 (else 2/1 with the
 // version we speak), a length that agrees with the optional parameters

@@ -194,7 +194,7 @@ uint32_t idOf(uint32_t entry) { return (entry & kIdPart) - 1; }
 }  // namespace
 
 size_t AdjRibIn::OtherHash::operator()(const OtherKey& k) const {
-    uint64_t h = 0xcbf29ce484222325ull ^ k.family ^ (uint64_t(k.length) << 8);
+    uint64_t h = 0xcbf29ce484222325ull ^ k.family ^ (uint64_t(k.length) << 8) ^ (k.rd * 0x9E3779B97F4A7C15ull);
     for (uint8_t b : k.bytes) h = (h ^ b) * 0x100000001b3ull;
     return size_t(h);
 }
@@ -275,7 +275,7 @@ void AdjRibIn::announce(uint8_t family, const Prefix& p, uint32_t id, Applied& o
         }
         old = v4_->put(key, entryOf(id));
     } else {
-        OtherKey k{family, p.length, p.bytes};
+        OtherKey k{family, p.length, p.bytes, p.rd};
         auto it = other_.find(k);
         if (it == other_.end()) {
             if (limited && size() >= filter_.maxRoutes) {
@@ -283,10 +283,10 @@ void AdjRibIn::announce(uint8_t family, const Prefix& p, uint32_t id, Applied& o
                 limitHit_ = true;
                 return;
             }
-            other_.emplace(k, entryOf(id));
+            other_.emplace(k, OtherValue{entryOf(id), p.labelField});
         } else {
-            old = it->second;
-            it->second = entryOf(id);
+            old = it->second.entry;
+            it->second = OtherValue{entryOf(id), p.labelField};
         }
     }
     ++sets_[id]->refs;
@@ -304,8 +304,8 @@ void AdjRibIn::withdraw(uint8_t family, const Prefix& p, Applied& out) {
     uint32_t old = 0;
     if (family == 1 && !p.v6) {
         old = v4_->erase(V4Table::keyOf(p));
-    } else if (auto it = other_.find(OtherKey{family, p.length, p.bytes}); it != other_.end()) {
-        old = it->second;
+    } else if (auto it = other_.find(OtherKey{family, p.length, p.bytes, p.rd}); it != other_.end()) {
+        old = it->second.entry;
         other_.erase(it);
     }
     if (old == 0) return;
@@ -317,7 +317,7 @@ void AdjRibIn::withdraw(uint8_t family, const Prefix& p, Applied& out) {
 
 size_t AdjRibIn::markStale() {
     v4_->markAll(kStale);
-    for (auto& [k, entry] : other_) entry |= kStale;
+    for (auto& [k, v] : other_) v.entry |= kStale;
     stale_ = size();
     return stale_;
 }
@@ -333,8 +333,8 @@ size_t AdjRibIn::sweepStale() {
         ++removed;
     }
     for (auto it = other_.begin(); it != other_.end();) {
-        if (it->second & kStale) {
-            release(idOf(it->second));
+        if (it->second.entry & kStale) {
+            release(idOf(it->second.entry));
             it = other_.erase(it);
             ++removed;
         } else {
@@ -374,15 +374,17 @@ AdjRibIn::Applied AdjRibIn::apply(const Update& u) {
     };
     store(1, u.nlri, hal::EIPAddress::FromV4(a.nextHop.value_or(0)));
     if (a.mpReach) {
+        // A VPN next hop starts with a distinguisher of zero (RFC 4364 4.3.2).
+        const size_t skip = a.mpReach->family.safi == 128 ? 8 : 0;
         const Bytes& nh = a.mpReach->nextHop;
         hal::EIPAddress addr;
-        if (nh.size() >= 16) {
+        if (nh.size() >= skip + 16) {
             std::array<uint8_t, 16> b{};
-            std::copy_n(nh.begin(), 16, b.begin());
+            std::copy_n(nh.begin() + long(skip), 16, b.begin());
             addr = hal::EIPAddress::FromV6(b);
-        } else if (nh.size() == 4) {
-            addr =
-                hal::EIPAddress::FromV4(uint32_t(nh[0]) << 24 | uint32_t(nh[1]) << 16 | uint32_t(nh[2]) << 8 | nh[3]);
+        } else if (nh.size() == skip + 4) {
+            const uint8_t* q = nh.data() + skip;
+            addr = hal::EIPAddress::FromV4(uint32_t(q[0]) << 24 | uint32_t(q[1]) << 16 | uint32_t(q[2]) << 8 | q[3]);
         }
         store(familyCode(a.mpReach->family), a.mpReach->nlri, addr);
     }
@@ -411,19 +413,23 @@ std::vector<hal::EBGP::LearnedRoute> AdjRibIn::snapshot() const {
         uint8_t length;
         std::array<uint8_t, 16> bytes;
         uint32_t id;
+        uint32_t labelField;
+        uint64_t rd;
     };
     std::vector<Entry> entries;
     entries.reserve(size());
     v4_->forEach([&](uint64_t key, uint32_t entry) {
-        Entry e{1, uint8_t(key & 63), {}, idOf(entry)};
+        Entry e{1, uint8_t(key & 63), {}, idOf(entry), 0, 0};
         store32(e.bytes.data(), uint32_t(key >> 6));
         entries.push_back(e);
     });
-    for (const auto& [k, entry] : other_) entries.push_back({k.family, k.length, k.bytes, idOf(entry)});
+    for (const auto& [k, v] : other_)
+        entries.push_back({k.family, k.length, k.bytes, idOf(v.entry), v.labelField, k.rd});
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
         if (a.family != b.family) return a.family < b.family;
         if (a.bytes != b.bytes) return a.bytes < b.bytes;
-        return a.length < b.length;
+        if (a.length != b.length) return a.length < b.length;
+        return a.rd < b.rd;
     });
     std::vector<hal::EBGP::LearnedRoute> out;
     out.reserve(entries.size());
@@ -431,6 +437,7 @@ std::vector<hal::EBGP::LearnedRoute> AdjRibIn::snapshot() const {
         hal::EBGP::LearnedRoute r = sets_[e.id]->route;
         r.family = e.family;
         r.prefixLength = e.length;
+        r.label = e.labelField >> 4;
         bool v6 = e.family >= 5;
         r.network = v6 ? hal::EIPAddress::FromV6(e.bytes)
                        : hal::EIPAddress::FromV4(uint32_t(e.bytes[0]) << 24 | uint32_t(e.bytes[1]) << 16 |

@@ -71,7 +71,7 @@ public:
     bool maxRoutesReached() const { return limitHit_; }
     // Heap bytes held by the tables and attribute sets.
     size_t memoryBytes() const;
-    // Every route, ordered by family, address and length.
+    // Every route, ordered by family, address, length and distinguisher.
     std::vector<hal::EBGP::LearnedRoute> snapshot() const;
 
 private:
@@ -81,7 +81,12 @@ private:
         uint8_t family = 0;
         uint8_t length = 0;
         std::array<uint8_t, 16> bytes{};
+        uint64_t rd = 0;
         bool operator==(const OtherKey&) const = default;
+    };
+    struct OtherValue {
+        uint32_t entry = 0;
+        uint32_t labelField = 0;
     };
     struct OtherHash {
         size_t operator()(const OtherKey& k) const;
@@ -94,7 +99,7 @@ private:
 
     RibFilter filter_;
     std::unique_ptr<V4Table> v4_;
-    std::unordered_map<OtherKey, uint32_t, OtherHash> other_;
+    std::unordered_map<OtherKey, OtherValue, OtherHash> other_;
     std::vector<std::unique_ptr<AttrSet>> sets_;  // by number; null when free
     std::vector<uint32_t> free_;
     std::unordered_map<std::string_view, uint32_t> interned_;

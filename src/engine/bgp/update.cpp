@@ -13,28 +13,50 @@ Prefix Prefix::v4(uint32_t address, uint8_t length) {
     return p;
 }
 
-bool decodePrefixes(ByteView field, bool v6, std::vector<Prefix>& out) {
+size_t prefixHeaderSize(uint8_t safi) { return safi == 4 ? 3 : safi == 128 ? 11 : 0; }
+
+bool decodePrefixes(ByteView field, AfiSafi family, std::vector<Prefix>& out) {
+    const bool v6 = family.afi == 2;
     const unsigned width = v6 ? 128 : 32;
-    size_t i = 0;
-    while (i < field.size()) {
-        uint8_t len = field[i++];
-        if (len > width) return false;
-        size_t n = (len + 7u) / 8;
-        if (n > field.size() - i) return false;
+    const size_t header = prefixHeaderSize(family.safi);
+    Reader r(field);
+    while (!r.empty()) {
+        unsigned bits = r.u8();
+        if (bits < header * 8 || bits - header * 8 > width) return false;
         Prefix p;
         p.v6 = v6;
-        p.length = len;
-        std::copy_n(field.begin() + long(i), n, p.bytes.begin());
+        p.safi = family.safi;
+        p.length = uint8_t(bits - header * 8);
+        if (header) {
+            ByteView label = r.bytes(3);
+            if (r.failed()) return false;
+            p.labelField = uint32_t(label[0]) << 16 | uint32_t(label[1]) << 8 | label[2];
+            if (header == 11) p.rd = uint64_t(r.u32()) << 32 | r.u32();
+        }
+        size_t n = (p.length + 7u) / 8;
+        ByteView b = r.bytes(n);
+        if (r.failed()) return false;
+        std::copy(b.begin(), b.end(), p.bytes.begin());
         // Bits past the length are not part of the prefix (RFC 4271 4.3: trailing bits are irrelevant).
-        if (len % 8) p.bytes[n - 1] &= uint8_t(0xff << (8 - len % 8));
+        if (p.length % 8) p.bytes[n - 1] &= uint8_t(0xff << (8 - p.length % 8));
         out.push_back(p);
-        i += n;
     }
     return true;
 }
 
 void encodePrefix(Bytes& out, const Prefix& p) {
-    out.push_back(p.length);
+    const size_t header = prefixHeaderSize(p.safi);
+    out.push_back(uint8_t(p.length + header * 8));
+    if (header) {
+        out.push_back(uint8_t(p.labelField >> 16));
+        out.push_back(uint8_t(p.labelField >> 8));
+        out.push_back(uint8_t(p.labelField));
+        if (header == 11) {
+            Writer w(out);
+            w.u32(uint32_t(p.rd >> 32));
+            w.u32(uint32_t(p.rd));
+        }
+    }
     out.insert(out.end(), p.bytes.begin(), p.bytes.begin() + (p.length + 7) / 8);
 }
 
@@ -139,7 +161,15 @@ AttrRule ruleOf(uint8_t type) {
     }
 }
 
-bool familyKnown(AfiSafi f) { return (f.afi == 1 || f.afi == 2) && (f.safi == 1 || f.safi == 2); }
+bool familyKnown(AfiSafi f) {
+    return (f.afi == 1 || f.afi == 2) && (f.safi == 1 || f.safi == 2 || f.safi == 4 || f.safi == 128);
+}
+
+// Next hop lengths of each family (RFC 4760, 8950, 4364, 4659).
+bool nextHopLengthOk(AfiSafi f, size_t n) {
+    if (f.safi == 128) return f.afi == 1 ? (n == 12 || n == 24) : (n == 24 || n == 48);
+    return f.afi == 1 ? (n == 4 || n == 16 || n == 32) : (n == 16 || n == 32);
+}
 
 class UpdateDecoder {
 public:
@@ -317,9 +347,7 @@ private:
             if (r.failed()) return malformed(type, err::kOptionalAttribute, whole);
             m.nextHop.assign(nh.begin(), nh.end());
             if (familyKnown(m.family)) {
-                bool v6 = m.family.afi == 2;
-                bool nhOk = v6 ? (nhLen == 16 || nhLen == 32) : (nhLen == 4 || nhLen == 16 || nhLen == 32);
-                if (!nhOk || !decodePrefixes(r.rest(), v6, m.nlri))
+                if (!nextHopLengthOk(m.family, nhLen) || !decodePrefixes(r.rest(), m.family, m.nlri))
                     return malformed(type, err::kOptionalAttribute, whole);
             }
             a.mpReach = std::move(m);
@@ -330,7 +358,7 @@ private:
             m.family.afi = r.u16();
             m.family.safi = r.u8();
             if (r.failed()) return malformed(type, err::kOptionalAttribute, whole);
-            if (familyKnown(m.family) && !decodePrefixes(r.rest(), m.family.afi == 2, m.withdrawn))
+            if (familyKnown(m.family) && !decodePrefixes(r.rest(), m.family, m.withdrawn))
                 return malformed(type, err::kOptionalAttribute, whole);
             a.mpUnreach = std::move(m);
             return true;
@@ -497,7 +525,7 @@ Result<Update> decodeUpdate(ByteView msg, const UpdateOptions& opts) {
     ByteView nlri = r.rest();
 
     Update u;
-    if (!decodePrefixes(withdrawn, false, u.withdrawn) || !decodePrefixes(nlri, false, u.nlri))
+    if (!decodePrefixes(withdrawn, kIpv4Unicast, u.withdrawn) || !decodePrefixes(nlri, kIpv4Unicast, u.nlri))
         return notification(err::kUpdate, err::kInvalidNetworkField);
     UpdateDecoder d(opts, u);
     if (!d.attributes(attrs)) return d.notification_;

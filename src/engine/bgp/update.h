@@ -23,13 +23,26 @@ inline constexpr uint8_t kOptional = 0x80, kTransitive = 0x40, kPartial = 0x20, 
 }  // namespace attr
 
 // An address prefix of either family: the significant bytes, the rest zero.
+// Labelled routes (SAFI 4, RFC 8277) carry one label field, VPN routes
+// (SAFI 128, RFC 4364) a label field and a route distinguisher in front of
+// the prefix; the label field is kept as sent: the label in the top 20 bits,
+// then 3 traffic-class bits and the bottom-of-stack bit.
 struct Prefix {
     bool v6 = false;
-    uint8_t length = 0;
+    uint8_t safi = 1;
+    uint8_t length = 0;  // of the address part alone
     std::array<uint8_t, 16> bytes{};
+    uint32_t labelField = 0;
+    uint64_t rd = 0;
     auto operator<=>(const Prefix&) const = default;
     static Prefix v4(uint32_t address, uint8_t length);
+    uint32_t label() const { return labelField >> 4; }
 };
+
+// Bytes in front of the address of a prefix of this SAFI: 0, 3 or 11.
+size_t prefixHeaderSize(uint8_t safi);
+// The label field of a withdrawn labelled route (RFC 8277 2.4).
+inline constexpr uint32_t kWithdrawLabelField = 0x800000;
 
 struct AsSegment {
     uint8_t type = 2;  // 1 AS_SET, 2 AS_SEQUENCE, 3 AS_CONFED_SEQUENCE, 4 AS_CONFED_SET
@@ -135,9 +148,10 @@ void encodeAttributes(Bytes& out, const PathAttributes& attrs, bool as4);
 // an empty MP_UNREACH_NLRI for any other family.
 Bytes encodeEndOfRib(AfiSafi family);
 
-// Prefix fields: length byte and the significant bytes. false when the
-// length is above the family's width or the bytes run out.
-bool decodePrefixes(ByteView field, bool v6, std::vector<Prefix>& out);
+// Prefix fields: length byte, label field and route distinguisher where
+// the SAFI has them, and the significant bytes. false when the length is
+// above the family's width or the bytes run out.
+bool decodePrefixes(ByteView field, AfiSafi family, std::vector<Prefix>& out);
 void encodePrefix(Bytes& out, const Prefix& p);
 
 // The AS numbers of a path in order, sets included (for display); the

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <set>
 
 #include "bgp_speaker_lab.h"
 
@@ -190,6 +191,47 @@ TEST(Speaker, AnIPv6RangeGoesInMultiprotocolReach) {
     EXPECT_EQ(routes->front().network.ToString(), "2001:db8:100::");
     EXPECT_EQ(routes->back().network.ToString(), "2001:db8:13f::");
     EXPECT_EQ(routes->front().nextHop.ToString(), "2001:db8::1");
+}
+
+TEST(Speaker, LabelledAndVpnRangesAreAnnouncedAndChangedWhileRunning) {
+    auto families = [](hal::EBGP::ConfigNeighbor n) {
+        n.ipV4Mpls = n.ipV4MplsVpn = true;
+        return n;
+    };
+    auto na = families(neighbor(kA, kB, 65001, false));
+    hal::EBGP::ConfigMplsRouteRange m;
+    m.firstNetwork = ip("40.0.0.0");
+    m.numberOfRoutes = 10;
+    m.labels.startLabel = 100;
+    na.mplsRouteRanges.Add(m);
+    hal::EBGP::ConfigL3Site site;
+    hal::EBGP::ConfigVpnRouteRange v;
+    v.firstNetwork = ip("41.0.0.0");
+    v.numberOfRoutes = 5;
+    site.vpnRouteRanges.Add(v);
+    na.l3Sites.Add(site);
+    hal::EBGPServer ca = server({na});
+    Pair p(ca, server({families(neighbor(kB, kA, 65002, false))}));
+    p.sa->start();
+    p.sb->start();
+    p.lab.run(5s);
+    std::set<uint32_t> labels;  // of the labelled routes
+    auto byFamily = [&] {
+        std::map<int, size_t> n;
+        for (const auto& r : *p.sb->learnedRoutes(ip(kA))) {
+            ++n[r.family];
+            labels.insert(r.family == 3 ? uint32_t(r.label) : 100u);
+        }
+        return n;
+    };
+    EXPECT_EQ(byFamily(), (std::map<int, size_t>{{3, 10}, {4, 5}}));
+    EXPECT_EQ(labels, std::set<uint32_t>{100});
+    const uint64_t opens = num(p.statsB(), stat::kOpenReceived);
+    ca.neighbors.At(0)->mplsRouteRanges.At(0)->numberOfRoutes = 4;
+    p.sa->configure(ca);
+    p.lab.run(2s);
+    EXPECT_EQ(byFamily(), (std::map<int, size_t>{{3, 4}, {4, 5}}));
+    EXPECT_EQ(num(p.statsB(), stat::kOpenReceived), opens) << "no reset";
 }
 
 // ---------------------------------------------------------------- configure while running

@@ -350,6 +350,8 @@ struct Speaker::Impl {
     std::unique_ptr<UpdateEncoder> encoder(Neighbor& n, UpdateEncoder::Kind kind);
     void queueRange(Neighbor& n, const hal::EBGP::ConfigRouteRange& r, size_t position, UpdateEncoder::Kind kind);
     void queueAll(Neighbor& n, std::optional<AfiSafi> only, bool endOfRib);
+    void queueNeighbor(Neighbor& n, const hal::EBGP::ConfigNeighbor& c, UpdateEncoder::Kind kind,
+                       const std::vector<AfiSafi>& families);
     void startFlap(Neighbor& n, const hal::EBGP::ConfigRouteRange& r);
     void flap(Neighbor& n, uint64_t rangeId);
     void startLinkFlap(Neighbor& n);
@@ -675,7 +677,7 @@ void Speaker::Impl::resolveCollision(Neighbor& n) {
     else {
         Conn* ours = a->outgoing ? a : b;
         Conn* theirs = a->outgoing ? b : a;
-        loser = n.settings.bgpId < peerId ? ours : theirs;
+        loser = keepOurConnection(n.settings.bgpId, peerId) ? theirs : ours;
     }
     loser->losing = true;
     run(n, *loser, loser->fsm->stop(err::kCollision));
@@ -810,18 +812,27 @@ void Speaker::Impl::queueRange(Neighbor& n, const hal::EBGP::ConfigRouteRange& r
 }
 
 void Speaker::Impl::queueAll(Neighbor& n, std::optional<AfiSafi> only, bool endOfRib) {
-    auto enc = encoder(n, UpdateEncoder::Kind::Announce);
-    for (size_t i = 0; i < n.config.routeRanges.Size(); ++i) {
-        const hal::EBGP::ConfigRouteRange& r = *n.config.routeRanges.At(i);
-        const AfiSafi f = r.firstNetwork.IsV6() ? kIpv6Unicast : kIpv4Unicast;
-        if (!r.enabled || !n.session.has(f) || (only && *only != f)) continue;
+    // Every range of the neighbor but those a flap holds down (left in
+    // place, disabled, so that each keeps its position for the AS step).
+    hal::EBGP::ConfigNeighbor now = n.config;
+    for (size_t i = 0; i < now.routeRanges.Size(); ++i) {
+        hal::EBGP::ConfigRouteRange& r = *now.routeRanges.At(i);
         auto fl = n.flaps.find(r.id.GetValue());
-        if (fl != n.flaps.end() && fl->second->down) continue;
-        enc->add(r, rangeAs(n.config, n.settings.localAs, i), f.safi);
+        if (fl != n.flaps.end() && fl->second->down) r.enabled = false;
     }
-    n.jobs.push_back({std::move(enc), {}});
+    queueNeighbor(n, now, UpdateEncoder::Kind::Announce, only ? std::vector<AfiSafi>{*only} : n.session.families);
     if (endOfRib)
         for (const AfiSafi& f : n.session.families) n.jobs.push_back({nullptr, encodeEndOfRib(f)});
+}
+
+void Speaker::Impl::queueNeighbor(Neighbor& n, const hal::EBGP::ConfigNeighbor& c, UpdateEncoder::Kind kind,
+                                  const std::vector<AfiSafi>& families) {
+    std::vector<AfiSafi> carried;
+    for (const AfiSafi& f : families)
+        if (n.session.has(f)) carried.push_back(f);
+    auto enc = encoder(n, kind);
+    addNeighborRanges(*enc, c, n.settings.localAs, carried);
+    n.jobs.push_back({std::move(enc), {}});
 }
 
 void Speaker::Impl::pump(Neighbor& n) {
@@ -910,6 +921,15 @@ void Speaker::Impl::updateRoutes(Neighbor& n, const hal::EBGP::ConfigNeighbor& n
     const hal::EBGP::ConfigNeighbor old = n.config;
     n.config = next;
     if (!n.up) return;
+    if (!(old.mplsRouteRanges == next.mplsRouteRanges) || !(old.l3Sites == next.l3Sites)) {
+        // Labelled and VPN routes: the old ones withdrawn, the new announced.
+        auto labelledOnly = [](hal::EBGP::ConfigNeighbor c) {
+            c.routeRanges.Clear();
+            return c;
+        };
+        queueNeighbor(n, labelledOnly(old), Kind::Withdraw, n.session.families);
+        queueNeighbor(n, labelledOnly(next), Kind::Announce, n.session.families);
+    }
     std::vector<bool> matched(next.routeRanges.Size(), false);
     auto indexOf = [&](uint64_t id) -> std::optional<size_t> {
         for (size_t i = 0; i < next.routeRanges.Size(); ++i)

@@ -113,13 +113,28 @@ private:
 // records every message the speaker sends it.
 class Scripted {
 public:
-    Scripted(Lab& lab, const char* address, uint32_t as, uint32_t id, uint16_t hold = 9)
-        : lab_(lab), keepaliveTimer_(lab.reactor) {
+    // listens: takes the connections made to `address`; else it only dials.
+    Scripted(Lab& lab, const char* address, uint32_t as, uint32_t id, uint16_t hold = 9, bool listens = true)
+        : lab_(lab), keepaliveTimer_(lab.reactor), address_(*IpAddress::parse(address)) {
         open = makeOpen(as, hold, id);
         open.caps.multiprotocol = {kIpv4Unicast, kIpv6Unicast};
         open.caps.routeRefresh = true;
-        handle_ = lab.listen(*IpAddress::parse(address),
-                             [this](const IpAddress&, std::unique_ptr<Stream> s) { adopt(std::move(s)); });
+        if (listens)
+            handle_ =
+                lab.listen(address_, [this](const IpAddress&, std::unique_ptr<Stream> s) { adopt(std::move(s)); });
+    }
+    // Opens a connection to a speaker at `to`.
+    void dial(const char* to) {
+        TcpOptions o;
+        o.local = address_;
+        adopt(lab_.net()->connect(*IpAddress::parse(to), kBgpPort, o));
+    }
+    void greet() {
+        send(encodeOpen(open));
+        send(encodeKeepalive());
+        keepaliveTimer_.startPeriodic(3s, [this] {
+            if (keepalives && stream && stream->open()) send(encodeKeepalive());
+        });
     }
 
     Open open;
@@ -147,13 +162,7 @@ public:
         };
         stream->onClosed = [this](std::error_code) { closed = true; };
         if (!reads) stream->pauseReading(true);
-        if (answer) {
-            send(encodeOpen(open));
-            send(encodeKeepalive());
-            keepaliveTimer_.startPeriodic(3s, [this] {
-                if (keepalives && stream && stream->open()) send(encodeKeepalive());
-            });
-        }
+        if (answer) greet();
     }
     void send(const Bytes& b) {
         if (stream) stream->send(b);
@@ -184,6 +193,7 @@ public:
 private:
     Lab& lab_;
     engine::Timer keepaliveTimer_;
+    IpAddress address_;
     std::shared_ptr<void> handle_;
     Bytes buffer_;
 };

@@ -7,7 +7,6 @@
 // FRR, with the reason.
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,7 +14,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -24,8 +25,6 @@
 
 #include "engine/bgp/speaker.h"
 #include "engine/reactor.h"
-
-extern char** environ;
 
 namespace {
 
@@ -247,7 +246,7 @@ TEST_P(SpeakerLive, AgainstFrr) {
     auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ifs.substr(0, ifs.find(' '))});
     speaker->configure(config);
     speaker->start();
-    auto state = [&] { return speaker->statistics(ip(dut)).at(stat::kState); };
+    auto state = [&] { return speaker->statistics(ip(dut)).at(selector::kState); };
     auto frrNeighbor = [&] {
         return frrJson(std::string("show bgp neighbors ") + us + " json").value(us, Json::object());
     };
@@ -281,17 +280,20 @@ TEST_P(SpeakerLive, AgainstFrr) {
     // What FRR sends is learned.
     EXPECT_TRUE(until(reactor, 5000, [&] {
         auto learned = speaker->learnedRoutes(ip(dut));
-        if (!learned) return false;
-        for (const auto& l : *learned)
-            if (l.network == ip(c.v6 ? "2001:db8:30::" : "30.0.1.0") && l.asPath == std::vector<uint16_t>{65002})
-                return true;
-        return false;
+        return learned && std::ranges::any_of(*learned, [&](const hal::EBGP::LearnedRoute& l) {
+                   return l.network == ip(c.v6 ? "2001:db8:30::" : "30.0.1.0") &&
+                          l.asPath == std::vector<uint16_t>{65002};
+               });
     }));
     // Statistics agree with FRR's counters.
     const auto stats = speaker->statistics(ip(dut));
-    EXPECT_EQ(stats.at(stat::kPeerAs), "65002");
-    EXPECT_EQ(stats.at(stat::kPeerId), "10.0.0.2");
-    EXPECT_EQ(std::stoi(stats.at(stat::kRoutesAdvertised)), total);
+    const Json frrStats = frrNeighbor()["messageStats"];
+    EXPECT_EQ(stats.at(selector::kUpdateSent), std::to_string(frrStats.value("updatesRecv", -1)));
+    EXPECT_EQ(stats.at(selector::kUpdateReceived), std::to_string(frrStats.value("updatesSent", -1)));
+    EXPECT_EQ(stats.at(selector::kOpenReceived), std::to_string(frrStats.value("opensSent", -1)));
+    EXPECT_EQ(stats.at(selector::kPeerAs), "65002");
+    EXPECT_EQ(stats.at(selector::kPeerId), "10.0.0.2");
+    EXPECT_EQ(std::stoi(stats.at(selector::kRoutesAdvertised)), total);
 
     // A write while running: routes added, no reset.
     hal::EBGP::ConfigRouteRange more = r;
@@ -337,9 +339,9 @@ TEST(SpeakerLiveBird, AgainstBird) {
     speaker->start();
     auto birdState = [&] { return lab("lab::bird state $bird dut"); };
     auto birdRoutes = [&] { return lab("lab::bird count $bird master4"); };
-    EXPECT_TRUE(until(reactor, 15000, [&] { return speaker->statistics(ip("10.0.0.2")).at(stat::kState) == "6"; }));
+    EXPECT_TRUE(until(reactor, 15000, [&] { return speaker->statistics(ip("10.0.0.2")).at(selector::kState) == "6"; }));
     EXPECT_EQ(birdState(), "Established");
-    EXPECT_EQ(speaker->statistics(ip("10.0.0.2")).at(stat::kConnectsAccepted), "1");
+    EXPECT_EQ(speaker->statistics(ip("10.0.0.2")).at(selector::kConnectsAccepted), "1");
     EXPECT_TRUE(until(reactor, 10000, [&] { return birdRoutes() == "1002"; })) << birdRoutes();
     EXPECT_TRUE(until(reactor, 5000, [&] {
         auto learned = speaker->learnedRoutes(ip("10.0.0.2"));

@@ -19,7 +19,7 @@ constexpr const char* kB = "10.0.0.2";
 
 // Two speakers, A and B, each with one neighbor towards the other.
 struct Pair {
-    explicit Pair(hal::EBGPServer a, hal::EBGPServer b, WireOptions o = {}) : lab(o) {
+    explicit Pair(const hal::EBGPServer& a, const hal::EBGPServer& b, WireOptions o = {}) : lab(o) {
         sa = std::make_unique<Speaker>(lab.reactor, Place{}, lab.net());
         sb = std::make_unique<Speaker>(lab.reactor, Place{}, lab.net());
         sa->configure(a);
@@ -70,26 +70,29 @@ TEST_P(SpeakerUp, OneSessionComesUpAndLivesThroughAMinute) {
     }
     p.sb->start();
     p.lab.run(5s);
-    for (auto stats : {p.statsA(c.b), p.statsB(c.a)}) {
-        EXPECT_EQ(num(stats, stat::kState), 6u) << "Established";
+    for (const auto& stats : {p.statsA(c.b), p.statsB(c.a)}) {
+        EXPECT_EQ(num(stats, selector::kState), 6u) << "Established";
         // A collision closes one of the two connections with a Cease, which
         // either end may send; nothing else ends anything.
-        EXPECT_LE(num(stats, stat::kCeaseReceived) + num(stats, stat::kCeaseSent), c.activeA && c.activeB ? 2u : 0u);
-        EXPECT_EQ(num(stats, stat::kNotificationSent), num(stats, stat::kCeaseSent));
-        EXPECT_EQ(num(stats, stat::kStarts), 1u);
+        EXPECT_LE(num(stats, selector::kCeaseReceived) + num(stats, selector::kCeaseSent),
+                  c.activeA && c.activeB ? 2u : 0u);
+        EXPECT_EQ(num(stats, selector::kNotificationSent), num(stats, selector::kCeaseSent));
+        EXPECT_EQ(num(stats, selector::kStarts), 1u);
     }
     const auto before = p.statsA(c.b);
     p.lab.run(60s);
     const auto after = p.statsA(c.b);
-    EXPECT_EQ(num(after, stat::kState), 6u);
-    EXPECT_EQ(num(after, stat::kStarts), num(before, stat::kStarts)) << "no restart in a minute";
-    EXPECT_GE(num(after, stat::kKeepAliveSent) - num(before, stat::kKeepAliveSent), 19u) << "keepalive every 3 s";
-    EXPECT_EQ(num(after, stat::kOurAs), c.asA);
-    EXPECT_EQ(num(after, stat::kPeerAs), c.asB);
-    EXPECT_EQ(after.at(stat::kPeerIp), c.b);
-    EXPECT_EQ(after.at(stat::kOurId), std::string(c.a).find(':') == std::string::npos ? c.a : after.at(stat::kOurId));
-    EXPECT_EQ(num(after, stat::kHoldTimer), 9u);
-    EXPECT_EQ(after.size(), size_t(stat::kCount)) << "every selector answers";
+    EXPECT_EQ(num(after, selector::kState), 6u);
+    EXPECT_EQ(num(after, selector::kStarts), num(before, selector::kStarts)) << "no restart in a minute";
+    EXPECT_GE(num(after, selector::kKeepAliveSent) - num(before, selector::kKeepAliveSent), 19u)
+        << "keepalive every 3 s";
+    EXPECT_EQ(num(after, selector::kOurAs), c.asA);
+    EXPECT_EQ(num(after, selector::kPeerAs), c.asB);
+    EXPECT_EQ(after.at(selector::kPeerIp), c.b);
+    EXPECT_EQ(after.at(selector::kOurId),
+              std::string(c.a).find(':') == std::string::npos ? c.a : after.at(selector::kOurId));
+    EXPECT_EQ(num(after, selector::kHoldTimer), 9u);
+    EXPECT_EQ(after.size(), size_t(selector::kCount)) << "every selector answers";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -126,19 +129,19 @@ TEST_P(SpeakerRoutes, ArriveInThePeersRibWithTheirAttributes) {
     p.sa->start();
     p.sb->start();
     p.lab.run(1050ms);  // the rates are of the last whole second
-    EXPECT_EQ(num(p.statsA(), stat::kRoutesPerSecondSent), c.count);
-    EXPECT_EQ(num(p.statsB(), stat::kRoutesPerSecondReceived), c.count);
+    EXPECT_EQ(num(p.statsA(), selector::kRoutesPerSecondSent), c.count);
+    EXPECT_EQ(num(p.statsB(), selector::kRoutesPerSecondReceived), c.count);
     p.lab.run(9s);
-    EXPECT_EQ(num(p.statsA(), stat::kRoutesPerSecondSent), 0u);
+    EXPECT_EQ(num(p.statsA(), selector::kRoutesPerSecondSent), 0u);
     auto routes = p.sb->learnedRoutes(ip(kA));
     ASSERT_TRUE(routes);
     ASSERT_EQ(routes->size(), c.count);
     c.check(routes->front());
-    EXPECT_EQ(num(p.statsA(), stat::kRoutesAdvertised), c.count);
-    EXPECT_EQ(num(p.statsB(), stat::kRoutesAdvertisedReceived), c.count);
-    EXPECT_EQ(num(p.statsA(), stat::kRoutesWithdrawn), 0u);
+    EXPECT_EQ(num(p.statsA(), selector::kRoutesAdvertised), c.count);
+    EXPECT_EQ(num(p.statsB(), selector::kRoutesAdvertisedReceived), c.count);
+    EXPECT_EQ(num(p.statsA(), selector::kRoutesWithdrawn), 0u);
     // The End-of-RIB marker is the last UPDATE: one more than the packed ones.
-    EXPECT_GE(num(p.statsA(), stat::kUpdateSent), 2u);
+    EXPECT_GE(num(p.statsA(), selector::kUpdateSent), 2u);
 }
 
 hal::EBGP::ConfigRouteRange withAttributes() {
@@ -226,12 +229,12 @@ TEST(Speaker, LabelledAndVpnRangesAreAnnouncedAndChangedWhileRunning) {
     };
     EXPECT_EQ(byFamily(), (std::map<int, size_t>{{3, 10}, {4, 5}}));
     EXPECT_EQ(labels, std::set<uint32_t>{100});
-    const uint64_t opens = num(p.statsB(), stat::kOpenReceived);
+    const uint64_t opens = num(p.statsB(), selector::kOpenReceived);
     ca.neighbors.At(0)->mplsRouteRanges.At(0)->numberOfRoutes = 4;
     p.sa->configure(ca);
     p.lab.run(2s);
     EXPECT_EQ(byFamily(), (std::map<int, size_t>{{3, 4}, {4, 5}}));
-    EXPECT_EQ(num(p.statsB(), stat::kOpenReceived), opens) << "no reset";
+    EXPECT_EQ(num(p.statsB(), selector::kOpenReceived), opens) << "no reset";
 }
 
 // ---------------------------------------------------------------- configure while running
@@ -260,7 +263,7 @@ TEST_P(SpeakerChange, AppliesTheDifference) {
     p.sb->start();
     p.lab.run(5s);
     ASSERT_EQ(p.learnedB(), 150u);
-    const uint64_t opens = num(p.statsB(), stat::kOpenReceived);
+    const uint64_t opens = num(p.statsB(), selector::kOpenReceived);
 
     hal::EBGP::ConfigNeighbor next = *ca.neighbors.At(0);
     c.change(next);
@@ -268,11 +271,11 @@ TEST_P(SpeakerChange, AppliesTheDifference) {
     p.sa->configure(ca);
     p.lab.run(5s);
 
-    EXPECT_EQ(num(p.statsB(), stat::kState), 6u);
-    EXPECT_EQ(num(p.statsB(), stat::kOpenReceived) > opens, c.reset) << "a reset sends a new OPEN";
+    EXPECT_EQ(num(p.statsB(), selector::kState), 6u);
+    EXPECT_EQ(num(p.statsB(), selector::kOpenReceived) > opens, c.reset) << "a reset sends a new OPEN";
     EXPECT_EQ(p.learnedB(), c.learned);
     if (!c.reset) {
-        EXPECT_EQ(num(p.statsA(), stat::kRoutesWithdrawn), c.withdrawn);
+        EXPECT_EQ(num(p.statsA(), selector::kRoutesWithdrawn), c.withdrawn);
     }
     auto routes = p.sb->learnedRoutes(ip(kA));
     ASSERT_TRUE(routes && !routes->empty());
@@ -310,24 +313,24 @@ TEST(Speaker, AddedAndRemovedNeighborsStartAndEndWithACease) {
     a.start();
     b.start();
     lab.run(5s);
-    ASSERT_EQ(num(a.statistics(ip(kB)), stat::kState), 6u);
+    ASSERT_EQ(num(a.statistics(ip(kB)), selector::kState), 6u);
     EXPECT_TRUE(a.statistics(ip("10.0.0.3")).empty()) << "not a neighbor yet";
 
-    const uint64_t opens = num(a.statistics(ip(kB)), stat::kOpenSent);
+    const uint64_t opens = num(a.statistics(ip(kB)), selector::kOpenSent);
     ca.neighbors.Add(neighbor(kA, "10.0.0.3", 65001, false));
     a.configure(ca);
     lab.run(5s);
-    EXPECT_EQ(num(a.statistics(ip("10.0.0.3")), stat::kState), 6u) << "the added neighbor came up";
-    EXPECT_EQ(num(a.statistics(ip(kB)), stat::kOpenSent), opens) << "the other one stayed up";
+    EXPECT_EQ(num(a.statistics(ip("10.0.0.3")), selector::kState), 6u) << "the added neighbor came up";
+    EXPECT_EQ(num(a.statistics(ip(kB)), selector::kOpenSent), opens) << "the other one stayed up";
 
     ca.neighbors.Remove(ca.neighbors.At(0)->id);
     a.configure(ca);
     lab.run(1s);
     EXPECT_TRUE(a.statistics(ip(kB)).empty());
     auto sb = b.statistics(ip(kA));
-    EXPECT_EQ(num(sb, stat::kCeaseReceived), 1u);
-    EXPECT_EQ(num(sb, stat::kLastErrorReceived), uint64_t(err::kCease) << 8 | err::kPeerDeconfigured);
-    EXPECT_EQ(num(a.statistics(ip("10.0.0.3")), stat::kState), 6u);
+    EXPECT_EQ(num(sb, selector::kCeaseReceived), 1u);
+    EXPECT_EQ(num(sb, selector::kLastErrorReceived), uint64_t(err::kCease) << 8 | err::kPeerDeconfigured);
+    EXPECT_EQ(num(a.statistics(ip("10.0.0.3")), selector::kState), 6u);
 }
 
 TEST(Speaker, AnInternalNeighborMeshesWithTheFurtherPeersOfItsTable) {
@@ -353,8 +356,9 @@ TEST(Speaker, AnInternalNeighborMeshesWithTheFurtherPeersOfItsTable) {
     a.configure(ca);
     lab.run(1s);
     EXPECT_TRUE(a.statistics(ip("10.0.0.3")).empty());
-    EXPECT_EQ(num(c.statistics(ip(kA)), stat::kLastErrorReceived), uint64_t(err::kCease) << 8 | err::kPeerDeconfigured);
-    EXPECT_EQ(num(b.statistics(ip(kA)), stat::kState), 6u);
+    EXPECT_EQ(num(c.statistics(ip(kA)), selector::kLastErrorReceived),
+              uint64_t(err::kCease) << 8 | err::kPeerDeconfigured);
+    EXPECT_EQ(num(b.statistics(ip(kA)), selector::kState), 6u);
 }
 
 // ---------------------------------------------------------------- stop
@@ -367,26 +371,26 @@ TEST(Speaker, StopSendsCeaseFlushesAndReportsDone) {
     p.sb->start();
     p.lab.run(5s);
     ASSERT_EQ(p.learnedB(), 100u);
-    const uint64_t ceases = num(p.statsB(), stat::kCeaseReceived);
+    const uint64_t ceases = num(p.statsB(), selector::kCeaseReceived);
     bool done = false;
     p.sa->stop([&] { done = true; });
     EXPECT_FALSE(p.sa->running());
     p.lab.run(1s, 1ms);
     EXPECT_TRUE(done);
     const auto sb = p.statsB();
-    EXPECT_EQ(num(sb, stat::kCeaseReceived), ceases + 1);
-    EXPECT_EQ(num(sb, stat::kLastErrorReceived), uint64_t(err::kCease) << 8 | err::kAdminShutdown);
-    EXPECT_NE(num(sb, stat::kState), 6u);
+    EXPECT_EQ(num(sb, selector::kCeaseReceived), ceases + 1);
+    EXPECT_EQ(num(sb, selector::kLastErrorReceived), uint64_t(err::kCease) << 8 | err::kAdminShutdown);
+    EXPECT_NE(num(sb, selector::kState), 6u);
     EXPECT_EQ(p.learnedB(), 0u) << "the peer's routes go with the session";
-    EXPECT_EQ(num(p.statsA(), stat::kActiveOn), 0u);
+    EXPECT_EQ(num(p.statsA(), selector::kActiveOn), 0u);
     // Stopped: nothing more is sent, whatever time passes.
-    const uint64_t sent = num(p.statsA(), stat::kMessageSent);
+    const uint64_t sent = num(p.statsA(), selector::kMessageSent);
     p.lab.run(60s);
-    EXPECT_EQ(num(p.statsA(), stat::kMessageSent), sent);
+    EXPECT_EQ(num(p.statsA(), selector::kMessageSent), sent);
     // And it comes back.
     p.sa->start();
     p.lab.run(35s);
-    EXPECT_EQ(num(p.statsA(), stat::kState), 6u);
+    EXPECT_EQ(num(p.statsA(), selector::kState), 6u);
     EXPECT_EQ(p.learnedB(), 100u);
 }
 
@@ -408,16 +412,16 @@ TEST_P(SpeakerOnce, APeeringUpOnceStaysDownWhenSoConfigured) {
     p.sa->start();
     p.sb->start();
     p.lab.run(3s);
-    ASSERT_EQ(num(p.statsB(), stat::kState), 6u);
+    ASSERT_EQ(num(p.statsB(), selector::kState), 6u);
     bool done = false;
     p.sa->stop([&] { done = true; });
     p.lab.run(1s);
     ASSERT_TRUE(done);
     p.sa->start();
     p.lab.run(10s);
-    EXPECT_EQ(num(p.statsB(), stat::kState) == 6, c.comesBack);
-    EXPECT_EQ(num(p.statsA(), stat::kState) == 6, c.comesBack);
-    EXPECT_GE(num(p.statsB(), stat::kConnectsReceived), 1u) << "A kept knocking";
+    EXPECT_EQ(num(p.statsB(), selector::kState) == 6, c.comesBack);
+    EXPECT_EQ(num(p.statsA(), selector::kState) == 6, c.comesBack);
+    EXPECT_GE(num(p.statsB(), selector::kConnectsReceived), 1u) << "A kept knocking";
 }
 
 INSTANTIATE_TEST_SUITE_P(Once, SpeakerOnce,

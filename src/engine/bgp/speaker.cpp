@@ -668,17 +668,14 @@ void Speaker::Impl::resolveCollision(Neighbor& n) {
         const State st = c->fsm->state();
         return st == State::OpenSent || st == State::OpenConfirm || st == State::Established;
     };
-    Conn* loser;
-    if (!engaged(a)) loser = a;  // our connect never got anywhere
-    else if (!engaged(b)) loser = b;
-    else if (a->fsm->state() == State::Established) loser = b;
-    else if (b->fsm->state() == State::Established) loser = a;
-    else if (a->outgoing == b->outgoing) loser = a;  // two from the peer: the newer stays
-    else {
-        Conn* ours = a->outgoing ? a : b;
-        Conn* theirs = a->outgoing ? b : a;
-        loser = keepOurConnection(n.settings.bgpId, peerId) ? theirs : ours;
-    }
+    const State sa = a->fsm->state(), sb = b->fsm->state();
+    // a stays when b never got anywhere or a is already up; when both are
+    // open and came from different sides, the rule decides; of two from
+    // the peer, the newer (b) stays.
+    const bool keepA = engaged(a) && (!engaged(b) || sa == State::Established ||
+                                      (sb != State::Established && a->outgoing != b->outgoing &&
+                                       a->outgoing == keepOurConnection(n.settings.bgpId, peerId)));
+    Conn* loser = keepA ? b : a;
     loser->losing = true;
     run(n, *loser, loser->fsm->stop(err::kCollision));
     if (loser == a) {
@@ -1002,6 +999,7 @@ const Neighbor* Speaker::Impl::find(const hal::EIPAddress& dut) const {
 
 // ---------------------------------------------------------------- Speaker
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the place by value
 Speaker::Speaker(engine::Reactor& reactor, Place place) : Speaker(reactor, place, tcpTransport(reactor, place.netns)) {}
 
 Speaker::Speaker(engine::Reactor& reactor, Place place, std::unique_ptr<Transport> transport)
@@ -1123,67 +1121,68 @@ std::map<int, std::string> Speaker::statistics(const hal::EIPAddress& dut) const
     const Settings& s = n->settings;
     const std::optional<Open>& peer = n->peerOpen;
     std::map<int, std::string> m;
-    m[stat::kOurIp] = s.local.toString();
-    m[stat::kPeerIp] = s.dut.toString();
-    m[stat::kOurAs] = std::to_string(s.localAs);
-    m[stat::kPeerAs] = std::to_string(peer ? peer->asNumber() : 0);
-    m[stat::kOurId] = dotted(s.bgpId);
-    m[stat::kPeerId] = dotted(peer ? peer->bgpId : 0);
-    m[stat::kPeerHoldTimer] = std::to_string(peer ? peer->holdTime : 0);
-    m[stat::kHoldTimer] = std::to_string(n->up ? n->session.holdTime : s.holdTime);
-    m[stat::kMessageSent] = ld(k.sent[0]);
-    m[stat::kMessageReceived] = ld(k.received[0]);
-    m[stat::kUpdateSent] = ld(k.sent[size_t(MessageType::Update)]);
-    m[stat::kUpdateReceived] = ld(k.received[size_t(MessageType::Update)]);
-    m[stat::kRoutesAdvertised] = ld(k.routesAdvertised);
-    m[stat::kRoutesWithdrawn] = ld(k.routesWithdrawn);
-    m[stat::kRoutesAdvertisedReceived] = ld(k.routesAdvertisedReceived);
-    m[stat::kRoutesWithdrawnReceived] = ld(k.routesWithdrawnReceived);
-    m[stat::kRoutesPerSecondSent] = std::to_string(n->rateSent);
-    m[stat::kRoutesPerSecondReceived] = std::to_string(n->rateReceived);
-    m[stat::kOpenSent] = ld(k.sent[size_t(MessageType::Open)]);
-    m[stat::kOpenReceived] = ld(k.received[size_t(MessageType::Open)]);
-    m[stat::kKeepAliveSent] = ld(k.sent[size_t(MessageType::Keepalive)]);
-    m[stat::kKeepAliveReceived] = ld(k.received[size_t(MessageType::Keepalive)]);
-    m[stat::kNotificationSent] = ld(k.sent[size_t(MessageType::Notification)]);
-    m[stat::kNotificationReceived] = ld(k.received[size_t(MessageType::Notification)]);
-    const std::pair<int, uint8_t> byCode[] = {{stat::kCeaseSent, err::kCease},
-                                              {stat::kFsmErrorSent, err::kFsm},
-                                              {stat::kHoldTimeExpiredSent, err::kHoldTimer},
-                                              {stat::kInvalidOpenSent, err::kOpen},
-                                              {stat::kUpdateErrorSent, err::kUpdate},
-                                              {stat::kHeaderErrorSent, err::kHeader}};
+    m[selector::kOurIp] = s.local.toString();
+    m[selector::kPeerIp] = s.dut.toString();
+    m[selector::kOurAs] = std::to_string(s.localAs);
+    m[selector::kPeerAs] = std::to_string(peer ? peer->asNumber() : 0);
+    m[selector::kOurId] = dotted(s.bgpId);
+    m[selector::kPeerId] = dotted(peer ? peer->bgpId : 0);
+    m[selector::kPeerHoldTimer] = std::to_string(peer ? peer->holdTime : 0);
+    m[selector::kHoldTimer] = std::to_string(n->up ? n->session.holdTime : s.holdTime);
+    m[selector::kMessageSent] = ld(k.sent[0]);
+    m[selector::kMessageReceived] = ld(k.received[0]);
+    m[selector::kUpdateSent] = ld(k.sent[size_t(MessageType::Update)]);
+    m[selector::kUpdateReceived] = ld(k.received[size_t(MessageType::Update)]);
+    m[selector::kRoutesAdvertised] = ld(k.routesAdvertised);
+    m[selector::kRoutesWithdrawn] = ld(k.routesWithdrawn);
+    m[selector::kRoutesAdvertisedReceived] = ld(k.routesAdvertisedReceived);
+    m[selector::kRoutesWithdrawnReceived] = ld(k.routesWithdrawnReceived);
+    m[selector::kRoutesPerSecondSent] = std::to_string(n->rateSent);
+    m[selector::kRoutesPerSecondReceived] = std::to_string(n->rateReceived);
+    m[selector::kOpenSent] = ld(k.sent[size_t(MessageType::Open)]);
+    m[selector::kOpenReceived] = ld(k.received[size_t(MessageType::Open)]);
+    m[selector::kKeepAliveSent] = ld(k.sent[size_t(MessageType::Keepalive)]);
+    m[selector::kKeepAliveReceived] = ld(k.received[size_t(MessageType::Keepalive)]);
+    m[selector::kNotificationSent] = ld(k.sent[size_t(MessageType::Notification)]);
+    m[selector::kNotificationReceived] = ld(k.received[size_t(MessageType::Notification)]);
+    const std::pair<int, uint8_t> byCode[] = {{selector::kCeaseSent, err::kCease},
+                                              {selector::kFsmErrorSent, err::kFsm},
+                                              {selector::kHoldTimeExpiredSent, err::kHoldTimer},
+                                              {selector::kInvalidOpenSent, err::kOpen},
+                                              {selector::kUpdateErrorSent, err::kUpdate},
+                                              {selector::kHeaderErrorSent, err::kHeader}};
     for (const auto& [sel, code] : byCode) {
         m[sel] = std::to_string(k.notificationsSentOf(code));
         m[sel + 1] = std::to_string(k.notificationsReceivedOf(code));
     }
-    m[stat::kLastErrorReceived] = std::to_string(k.lastErrorReceived.load(std::memory_order_relaxed));
-    m[stat::kLastErrorSent] = std::to_string(k.lastErrorSent.load(std::memory_order_relaxed));
-    const std::pair<int, uint8_t> openSub[] = {{stat::kOpenUnsupportedVersion, err::kUnsupportedVersion},
-                                               {stat::kOpenBadPeerAs, err::kBadPeerAs},
-                                               {stat::kOpenBadBgpId, err::kBadBgpId},
-                                               {stat::kOpenUnsupportedParameter, err::kUnsupportedOptParam},
-                                               {stat::kOpenAuthenticationFailure, 5},
-                                               {stat::kOpenUnacceptableHoldTime, err::kUnacceptableHoldTime},
-                                               {stat::kOpenUnspecified, 0}};
+    m[selector::kLastErrorReceived] = std::to_string(k.lastErrorReceived.load(std::memory_order_relaxed));
+    m[selector::kLastErrorSent] = std::to_string(k.lastErrorSent.load(std::memory_order_relaxed));
+    const std::pair<int, uint8_t> openSub[] = {{selector::kOpenUnsupportedVersion, err::kUnsupportedVersion},
+                                               {selector::kOpenBadPeerAs, err::kBadPeerAs},
+                                               {selector::kOpenBadBgpId, err::kBadBgpId},
+                                               {selector::kOpenUnsupportedParameter, err::kUnsupportedOptParam},
+                                               {selector::kOpenAuthenticationFailure, 5},
+                                               {selector::kOpenUnacceptableHoldTime, err::kUnacceptableHoldTime},
+                                               {selector::kOpenUnspecified, 0}};
     for (const auto& [sel, sub] : openSub) m[sel] = both(err::kOpen, sub);
-    for (int sub = 1; sub <= 11; ++sub) m[stat::kUpdateAttributeList + sub - 1] = both(err::kUpdate, uint8_t(sub));
-    m[stat::kUpdateUnspecified] = both(err::kUpdate, 0);
-    m[stat::kHeaderNotSynchronized] = both(err::kHeader, err::kNotSynchronized);
-    m[stat::kHeaderBadLength] = both(err::kHeader, err::kBadLength);
-    m[stat::kHeaderBadType] = both(err::kHeader, err::kBadType);
-    m[stat::kHeaderUnspecified] = both(err::kHeader, 0);
+    for (int sub = 1; sub <= 11; ++sub) m[selector::kUpdateAttributeList + sub - 1] = both(err::kUpdate, uint8_t(sub));
+    m[selector::kUpdateUnspecified] = both(err::kUpdate, 0);
+    m[selector::kHeaderNotSynchronized] = both(err::kHeader, err::kNotSynchronized);
+    m[selector::kHeaderBadLength] = both(err::kHeader, err::kBadLength);
+    m[selector::kHeaderBadType] = both(err::kHeader, err::kBadType);
+    m[selector::kHeaderUnspecified] = both(err::kHeader, 0);
     // Code 0 and codes past those named above (route refresh errors and beyond).
-    m[stat::kUnspecifiedErrorSent] = std::to_string(k.notificationsSentOf(0) + k.notificationsSentOf(7));
-    m[stat::kUnspecifiedErrorReceived] = std::to_string(k.notificationsReceivedOf(0) + k.notificationsReceivedOf(7));
-    m[stat::kActiveOn] = n->started ? "1" : "0";
-    m[stat::kStarts] = ld(k.starts);
-    m[stat::kState] = std::to_string(unsigned(k.state.load(std::memory_order_relaxed)));
-    m[stat::kConnectsReceived] = std::to_string(n->connectsReceived);
-    m[stat::kConnectsAccepted] = std::to_string(n->connectsAccepted);
-    m[stat::kGracefulRestartsAttempted] = std::to_string(n->grAttempted);
-    m[stat::kGracefulRestartsFailed] = std::to_string(n->grFailed);
-    m[stat::kRoutesBeforeStaleTimerExpired] = std::to_string(n->routesBeforeStale);
+    m[selector::kUnspecifiedErrorSent] = std::to_string(k.notificationsSentOf(0) + k.notificationsSentOf(7));
+    m[selector::kUnspecifiedErrorReceived] =
+        std::to_string(k.notificationsReceivedOf(0) + k.notificationsReceivedOf(7));
+    m[selector::kActiveOn] = n->started ? "1" : "0";
+    m[selector::kStarts] = ld(k.starts);
+    m[selector::kState] = std::to_string(unsigned(k.state.load(std::memory_order_relaxed)));
+    m[selector::kConnectsReceived] = std::to_string(n->connectsReceived);
+    m[selector::kConnectsAccepted] = std::to_string(n->connectsAccepted);
+    m[selector::kGracefulRestartsAttempted] = std::to_string(n->grAttempted);
+    m[selector::kGracefulRestartsFailed] = std::to_string(n->grFailed);
+    m[selector::kRoutesBeforeStaleTimerExpired] = std::to_string(n->routesBeforeStale);
     return m;
 }
 

@@ -75,7 +75,7 @@ protected:
 std::unique_ptr<Transport> tcpTransport(Reactor& reactor, std::string netns);
 
 // The statistics selectors (the numbers of the bgp* statistics constants).
-namespace stat {
+namespace selector {
 inline constexpr int kOurIp = 0, kPeerIp = 1, kOurAs = 2, kPeerAs = 3, kOurId = 4, kPeerId = 5, kPeerHoldTimer = 6,
                      kHoldTimer = 7, kMessageSent = 8, kMessageReceived = 9, kUpdateSent = 10, kUpdateReceived = 11,
                      kRoutesAdvertised = 12, kRoutesWithdrawn = 13, kRoutesAdvertisedReceived = 14,
@@ -97,7 +97,7 @@ inline constexpr int kOurIp = 0, kPeerIp = 1, kOurAs = 2, kPeerAs = 3, kOurId = 
                      kState = 65, kConnectsReceived = 66, kConnectsAccepted = 67, kGracefulRestartsAttempted = 68,
                      kGracefulRestartsFailed = 69, kRoutesBeforeStaleTimerExpired = 70;
 inline constexpr int kCount = 71;
-}  // namespace stat
+}  // namespace selector
 
 class Speaker {
 public:

@@ -80,6 +80,7 @@ public:
             return;
         }
         const std::string first = readLine(60000);
+        std::filesystem::remove(script_);  // read whole before it runs: nothing is left if we die
         if (first.rfind("SKIP ", 0) == 0) why = first.substr(5);
         else if (first != "READY") why = "the lab did not start: " + first;
     }
@@ -317,7 +318,8 @@ TEST_P(SpeakerLive, AgainstFrr) {
 }
 
 // BIRD 2 connects to us (our side only listens, on port 179 inside the
-// namespace): its routes learned, ours held, our Cease seen.
+// namespace) with TTL security (RFC 5082), which the accepted connection
+// must meet: its routes learned, ours held, our Cease seen.
 TEST(SpeakerLiveBird, AgainstBird) {
     TclLab lab;
     if (!lab.why.empty()) GTEST_SKIP() << "live test skipped: " << lab.why;
@@ -327,12 +329,13 @@ TEST(SpeakerLiveBird, AgainstBird) {
     const std::string conf =
         "router id 10.0.0.2;\nprotocol device {}\nprotocol static st4 { ipv4; route 30.0.0.0/24 blackhole; "
         "route 30.0.1.0/24 blackhole; }\nprotocol bgp dut { local 10.0.0.2 as 65002; neighbor 10.0.0.1 as 65001; "
-        "hold time 9; keepalive time 3; connect delay time 1; connect retry time 1; "
+        "hold time 9; keepalive time 3; connect delay time 1; connect retry time 1; ttl security on; "
         "ipv4 { import all; export all; }; }\n";
     lab("set bird [lab::bird start $b -config " + tclText(conf) + "]");
 
     hal::EBGPServer config = ours("10.0.0.1", "10.0.0.2", false, "", 1000);
     config.external.activeConnect = false;
+    config.neighbors.At(0)->ttl = 255;  // BIRD's TTL security drops anything less
     Reactor reactor;
     auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ""});
     speaker->configure(config);

@@ -479,6 +479,14 @@ void Speaker::Impl::onAccept(const IpAddress& local, const IpAddress& peer, std:
     Conn& c = *target;
     c.stream = std::move(stream);
     c.outgoing = false;
+    // The neighbor's TTL on what we send back, as on our own connects.
+    if (auto* tcp = dynamic_cast<TcpConnection*>(c.stream.get()); tcp && n.settings.ttl) {
+        try {
+            setTtl(tcp->fd(), n.settings.ttl);
+        } catch (const std::system_error& e) {
+            lastError = e.what();
+        }
+    }
     attach(n, c);
     if (c.fsm->state() == State::Idle) {
         c.suppressConnect = true;

@@ -394,6 +394,24 @@ TEST(Speaker, StopSendsCeaseFlushesAndReportsDone) {
     EXPECT_EQ(p.learnedB(), 100u);
 }
 
+TEST(Speaker, DestroyedItClosesEverythingWithoutANotification) {
+    for (bool midStop : {false, true}) {
+        Pair p(server({neighbor(kA, kB, 65001, false)}), server({neighbor(kB, kA, 65002, false)}, 30));
+        p.sa->start();
+        p.sb->start();
+        p.lab.run(3s);
+        ASSERT_EQ(num(p.statsB(), selector::kState), 6u);
+        const uint64_t notifications = num(p.statsB(), selector::kNotificationReceived);
+        bool done = false;
+        if (midStop) p.sa->stop([&] { done = true; });  // its Cease is queued, not yet delivered
+        p.sa.reset();
+        p.lab.run(1s);
+        EXPECT_FALSE(done) << "no report from a speaker that is gone";
+        EXPECT_NE(num(p.statsB(), selector::kState), 6u) << "the peer saw the connection go";
+        EXPECT_EQ(num(p.statsB(), selector::kNotificationReceived), notifications);
+    }
+}
+
 struct OnceCase {
     const char* name;
     bool establishOnce;

@@ -35,8 +35,6 @@ public:
 
     VirtualClock clock;
     Reactor reactor;
-    int connects = 0;
-    int refused = 0;
     // Addresses nobody can listen on (not on the interface yet).
     std::set<IpAddress> missing;
 
@@ -46,7 +44,6 @@ public:
         // The other side hears of the connection at the next turn: a
         // listener there takes it, else it is reset (refused).
         std::unique_ptr<Stream> connect(const IpAddress& remote, uint16_t, const TcpOptions& o) override {
-            ++lab_.connects;
             auto [mine, theirs] = makeWire(lab_.reactor, lab_.options_);
             auto held = std::make_shared<std::unique_ptr<Stream>>(std::move(theirs));
             Lab& lab = lab_;
@@ -54,7 +51,6 @@ public:
             lab_.reactor.after(Duration{0}, [&lab, remote, from, held] {
                 auto it = lab.listeners_.find(remote);
                 if (it == lab.listeners_.end() || it->second->expired()) {
-                    ++lab.refused;
                     held->reset();
                     return;
                 }
@@ -166,11 +162,6 @@ public:
     }
     void send(const Bytes& b) {
         if (stream) stream->send(b);
-    }
-    size_t count(MessageType t) const {
-        size_t n = 0;
-        for (const Bytes& m : got) n += m[18] == uint8_t(t);
-        return n;
     }
     std::optional<Notification> notification() const {
         for (auto it = got.rbegin(); it != got.rend(); ++it)

@@ -23,21 +23,12 @@
 #include <ostream>
 #include <string>
 
-#include "engine/bgp/speaker.h"
-#include "engine/reactor.h"
+#include "bgp_speaker_lab.h"
 
 namespace {
 
-using namespace engine;
-using namespace engine::bgp;
+using namespace speakertest;
 using Json = nlohmann::json;
-
-hal::EIPAddress ip(const char* text) {
-    const IpAddress a = *IpAddress::parse(text);
-    if (a.isV6()) return hal::EIPAddress::FromV6(a.bytes);
-    return hal::EIPAddress::FromV4(uint32_t(a.bytes[0]) << 24 | uint32_t(a.bytes[1]) << 16 | uint32_t(a.bytes[2]) << 8 |
-                                   a.bytes[3]);
-}
 
 // The lab fixtures in a tclsh child: "OK result" or "ERR message" a line.
 class TclLab {

@@ -169,12 +169,14 @@ public:
         return std::nullopt;
     }
     // Prefixes of the UPDATEs received (announced, withdrawn).
-    std::pair<size_t, size_t> prefixes(bool as4 = true) const {
+    // endOfRibs: the End-of-RIB markers, and the prefixes announced before the first.
+    std::pair<size_t, size_t> prefixes(size_t* endOfRibs = nullptr, size_t* beforeEndOfRib = nullptr) const {
         size_t a = 0, w = 0;
         for (const Bytes& m : got) {
             if (m[18] != uint8_t(MessageType::Update)) continue;
-            auto u = decodeUpdate(m, {.as4 = as4, .internal = false});
+            auto u = decodeUpdate(m, {.as4 = true, .internal = false});
             if (!u) continue;
+            if (u->endOfRib && endOfRibs && !(*endOfRibs)++ && beforeEndOfRib) *beforeEndOfRib = a;
             a += u->nlri.size() + (u->attributes.mpReach ? u->attributes.mpReach->nlri.size() : 0);
             w += u->withdrawn.size() + (u->attributes.mpUnreach ? u->attributes.mpUnreach->withdrawn.size() : 0);
         }

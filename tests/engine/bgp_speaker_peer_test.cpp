@@ -284,13 +284,18 @@ TEST(SpeakerLoad, AMillionPrefixesAreWrittenAtThePaceThePeerReads) {
 
 // ---------------------------------------------------------------- route refresh
 
-TEST(SpeakerPeer, RouteRefreshSendsEverythingAgain) {
+TEST(SpeakerPeer, EndOfRibFollowsTheAnnouncementAndRouteRefreshSendsEverythingAgain) {
     Bench t;
     t.lab.run(3s);
-    ASSERT_EQ(t.dev.prefixes().first, 100u);
+    size_t markers = 0, before = 0;
+    ASSERT_EQ(t.dev.prefixes(&markers, &before).first, 100u);
+    EXPECT_EQ(markers, 1u) << "one End-of-RIB: the session carries IPv4 unicast only";
+    EXPECT_EQ(before, 100u) << "after the whole first announcement";
     t.dev.send(encodeRouteRefresh({kIpv4Unicast, 0}));
     t.lab.run(1s);
-    EXPECT_EQ(t.dev.prefixes().first, 200u);
+    markers = 0;
+    EXPECT_EQ(t.dev.prefixes(&markers).first, 200u);
+    EXPECT_EQ(markers, 1u) << "a refresh ends without one";
     EXPECT_EQ(num(t.devStats(), selector::kState), 6u);
     t.dev.send(encodeRouteRefresh({kIpv6Unicast, 0}));  // a family the session does not carry
     t.lab.run(1s);

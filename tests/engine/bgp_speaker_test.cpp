@@ -315,6 +315,7 @@ TEST(Speaker, AddedAndRemovedNeighborsStartAndEndWithACease) {
     lab.run(5s);
     ASSERT_EQ(num(a.statistics(ip(kB)), selector::kState), 6u);
     EXPECT_TRUE(a.statistics(ip("10.0.0.3")).empty()) << "not a neighbor yet";
+    EXPECT_FALSE(a.learnedRoutes(ip("10.0.0.3")));
 
     const uint64_t opens = num(a.statistics(ip(kB)), selector::kOpenSent);
     ca.neighbors.Add(neighbor(kA, "10.0.0.3", 65001, false));

@@ -316,6 +316,8 @@ struct Speaker::Impl {
     std::vector<std::unique_ptr<Neighbor>> deadNeighbors;
     bool sweepPosted = false;
     engine::Timer tick, flushTimer;
+    Time flushDeadline{};
+    std::function<void()> flushDone;  // stop()'s report, once the Ceases are written
     std::string lastError;
     Bytes buffer;
     std::shared_ptr<bool> life = std::make_shared<bool>(true);
@@ -358,6 +360,7 @@ struct Speaker::Impl {
     void updateRoutes(Neighbor& n, const hal::EBGP::ConfigNeighbor& next);
     void pump(Neighbor& n);
     void onTick();
+    void flushCheck();
     const Neighbor* find(const hal::EIPAddress& dut) const;
 };
 
@@ -1087,24 +1090,30 @@ void Speaker::stop(std::function<void()> done) {
     }
     // The Ceases are on their way: wait until every stream has written its
     // last bytes (or the grace is over), then report.
-    const Time deadline = m.reactor.now() + kFlushGrace;
-    auto check = std::make_shared<std::function<void()>>();
-    *check = [&m, deadline, done, check] {
-        const bool flushed =
-            std::all_of(m.retired.begin(), m.retired.end(), [](const Impl::Retired& r) { return r.stream->closed(); });
-        if (!flushed && m.reactor.now() < deadline) {
-            m.flushTimer.start(10ms, *check);
-            return;
-        }
-        for (Impl::Retired& r : m.retired)
-            if (!r.stream->closed()) r.stream->abort();  // the grace is over
-        m.sweep();
-        if (!m.running) m.tick.cancel();  // unless started again meanwhile
-        auto finish = done;
-        *check = nullptr;  // breaks the cycle
-        if (finish) finish();
+    m.flushDeadline = m.reactor.now() + kFlushGrace;
+    // A stop of a speaker started again before its last stop was over
+    // reports both.
+    m.flushDone = [earlier = std::move(m.flushDone), done = std::move(done)] {
+        if (earlier) earlier();
+        if (done) done();
     };
-    m.flushTimer.start(Duration{0}, *check);
+    m.flushTimer.start(Duration{0}, [&m] { m.flushCheck(); });
+}
+
+void Speaker::Impl::flushCheck() {
+    const bool flushed =
+        std::all_of(retired.begin(), retired.end(), [](const Retired& r) { return r.stream->closed(); });
+    if (!flushed && reactor.now() < flushDeadline) {
+        flushTimer.start(10ms, [this] { flushCheck(); });
+        return;
+    }
+    for (Retired& r : retired)
+        if (!r.stream->closed()) r.stream->abort();  // the grace is over
+    sweep();
+    if (!running) tick.cancel();  // unless started again meanwhile
+    auto finish = std::move(flushDone);
+    flushDone = nullptr;
+    if (finish) finish();
 }
 
 std::shared_ptr<const std::vector<hal::EBGP::LearnedRoute>> Speaker::learnedRoutes(const hal::EIPAddress& dut) const {

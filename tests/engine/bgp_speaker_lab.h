@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,10 +35,8 @@ public:
 
     VirtualClock clock;
     Reactor reactor;
-    int connects = 0;
-    int refused = 0;
-    // Every stream a speaker opened or was handed, our side of it.
-    std::vector<Stream*> streams;
+    // Addresses nobody can listen on (not on the interface yet).
+    std::set<IpAddress> missing;
 
     class Net final : public Transport {
     public:
@@ -45,16 +44,13 @@ public:
         // The other side hears of the connection at the next turn: a
         // listener there takes it, else it is reset (refused).
         std::unique_ptr<Stream> connect(const IpAddress& remote, uint16_t, const TcpOptions& o) override {
-            ++lab_.connects;
             auto [mine, theirs] = makeWire(lab_.reactor, lab_.options_);
-            lab_.streams.push_back(mine.get());
             auto held = std::make_shared<std::unique_ptr<Stream>>(std::move(theirs));
             Lab& lab = lab_;
             const IpAddress from = o.local.value_or(IpAddress{});
             lab_.reactor.after(Duration{0}, [&lab, remote, from, held] {
                 auto it = lab.listeners_.find(remote);
                 if (it == lab.listeners_.end() || it->second->expired()) {
-                    ++lab.refused;
                     held->reset();
                     return;
                 }
@@ -64,11 +60,12 @@ public:
         }
         std::shared_ptr<void> listen(const IpAddress& local, uint16_t,
                                      const std::vector<std::pair<IpAddress, std::string>>&, Accept accept) override {
+            if (lab_.missing.count(local)) {
+                lastError_ = "cannot assign requested address";
+                return nullptr;
+            }
             auto l = std::make_shared<Listening>();
-            l->accept = [this, accept](const IpAddress& peer, std::unique_ptr<Stream> s) {
-                lab_.streams.push_back(s.get());
-                accept(peer, std::move(s));
-            };
+            l->accept = accept;
             lab_.listeners_[local] = std::make_shared<Handle>(l);
             return l;
         }
@@ -112,13 +109,28 @@ private:
 // records every message the speaker sends it.
 class Scripted {
 public:
-    Scripted(Lab& lab, const char* address, uint32_t as, uint32_t id, uint16_t hold = 9)
-        : lab_(lab), keepaliveTimer_(lab.reactor) {
+    // listens: takes the connections made to `address`; else it only dials.
+    Scripted(Lab& lab, const char* address, uint32_t as, uint32_t id, uint16_t hold = 9, bool listens = true)
+        : lab_(lab), keepaliveTimer_(lab.reactor), address_(*IpAddress::parse(address)) {
         open = makeOpen(as, hold, id);
         open.caps.multiprotocol = {kIpv4Unicast, kIpv6Unicast};
         open.caps.routeRefresh = true;
-        handle_ = lab.listen(*IpAddress::parse(address),
-                             [this](const IpAddress&, std::unique_ptr<Stream> s) { adopt(std::move(s)); });
+        if (listens)
+            handle_ =
+                lab.listen(address_, [this](const IpAddress&, std::unique_ptr<Stream> s) { adopt(std::move(s)); });
+    }
+    // Opens a connection to a speaker at `to`.
+    void dial(const char* to) {
+        TcpOptions o;
+        o.local = address_;
+        adopt(lab_.net()->connect(*IpAddress::parse(to), kBgpPort, o));
+    }
+    void greet() {
+        send(encodeOpen(open));
+        send(encodeKeepalive());
+        keepaliveTimer_.startPeriodic(3s, [this] {
+            if (keepalives && stream && stream->open()) send(encodeKeepalive());
+        });
     }
 
     Open open;
@@ -146,21 +158,10 @@ public:
         };
         stream->onClosed = [this](std::error_code) { closed = true; };
         if (!reads) stream->pauseReading(true);
-        if (answer) {
-            send(encodeOpen(open));
-            send(encodeKeepalive());
-            keepaliveTimer_.startPeriodic(3s, [this] {
-                if (keepalives && stream && stream->open()) send(encodeKeepalive());
-            });
-        }
+        if (answer) greet();
     }
     void send(const Bytes& b) {
         if (stream) stream->send(b);
-    }
-    size_t count(MessageType t) const {
-        size_t n = 0;
-        for (const Bytes& m : got) n += m[18] == uint8_t(t);
-        return n;
     }
     std::optional<Notification> notification() const {
         for (auto it = got.rbegin(); it != got.rend(); ++it)
@@ -168,12 +169,14 @@ public:
         return std::nullopt;
     }
     // Prefixes of the UPDATEs received (announced, withdrawn).
-    std::pair<size_t, size_t> prefixes(bool as4 = true) const {
+    // endOfRibs: the End-of-RIB markers, and the prefixes announced before the first.
+    std::pair<size_t, size_t> prefixes(size_t* endOfRibs = nullptr, size_t* beforeEndOfRib = nullptr) const {
         size_t a = 0, w = 0;
         for (const Bytes& m : got) {
             if (m[18] != uint8_t(MessageType::Update)) continue;
-            auto u = decodeUpdate(m, {.as4 = as4, .internal = false});
+            auto u = decodeUpdate(m, {.as4 = true, .internal = false});
             if (!u) continue;
+            if (u->endOfRib && endOfRibs && !(*endOfRibs)++ && beforeEndOfRib) *beforeEndOfRib = a;
             a += u->nlri.size() + (u->attributes.mpReach ? u->attributes.mpReach->nlri.size() : 0);
             w += u->withdrawn.size() + (u->attributes.mpUnreach ? u->attributes.mpUnreach->withdrawn.size() : 0);
         }
@@ -183,6 +186,7 @@ public:
 private:
     Lab& lab_;
     engine::Timer keepaliveTimer_;
+    IpAddress address_;
     std::shared_ptr<void> handle_;
     Bytes buffer_;
 };

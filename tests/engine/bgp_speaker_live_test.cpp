@@ -7,7 +7,6 @@
 // FRR, with the reason.
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,30 +14,21 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <string>
 
-#include "engine/bgp/speaker.h"
-#include "engine/reactor.h"
-
-extern char** environ;
+#include "bgp_speaker_lab.h"
 
 namespace {
 
-using namespace engine;
-using namespace engine::bgp;
+using namespace speakertest;
 using Json = nlohmann::json;
-
-hal::EIPAddress ip(const char* text) {
-    const IpAddress a = *IpAddress::parse(text);
-    if (a.isV6()) return hal::EIPAddress::FromV6(a.bytes);
-    return hal::EIPAddress::FromV4(uint32_t(a.bytes[0]) << 24 | uint32_t(a.bytes[1]) << 16 | uint32_t(a.bytes[2]) << 8 |
-                                   a.bytes[3]);
-}
 
 // The lab fixtures in a tclsh child: "OK result" or "ERR message" a line.
 class TclLab {
@@ -81,6 +71,7 @@ public:
             return;
         }
         const std::string first = readLine(60000);
+        std::filesystem::remove(script_);  // read whole before it runs: nothing is left if we die
         if (first.rfind("SKIP ", 0) == 0) why = first.substr(5);
         else if (first != "READY") why = "the lab did not start: " + first;
     }
@@ -155,6 +146,34 @@ std::string tclText(const std::string& text) {
     return s + "\"";
 }
 
+// Our side: one external neighbor in AS 65001 with a range of `count`
+// prefixes (MED 50, community 65001:7), timers of 3 and 9 s.
+hal::EBGPServer ours(const char* us, const char* dut, bool v6, const char* key, uint32_t count) {
+    hal::EBGP::ConfigNeighbor n;
+    n.type = 1;
+    n.localAddress = ip(us);
+    n.dutAddress = ip(dut);
+    n.localAs = 65001;
+    n.holdTime = 9;
+    n.keepAlive = 3;
+    n.md5Key = key;
+    n.ipV4Unicast = !v6;
+    n.ipV6Unicast = v6;
+    hal::EBGP::ConfigRouteRange r;
+    r.firstNetwork = ip(v6 ? "2001:db8:100::" : "20.0.0.0");
+    r.fromPrefix = r.thruPrefix = v6 ? 48 : 24;
+    r.numberOfRoutes = count;
+    r.medEnabled = true;
+    r.med = 50;
+    r.communities = {65001u << 16 | 7};
+    n.routeRanges.Add(r);
+    hal::EBGPServer config;
+    config.external.retryDelay = 1;
+    config.external.connectRetries = 0;
+    config.neighbors.Add(n);
+    return config;
+}
+
 struct LiveCase {
     const char* name;
     bool v6;
@@ -165,19 +184,18 @@ struct LiveCase {
 
 std::ostream& operator<<(std::ostream& os, const LiveCase& c) { return os << c.name; }
 
-class SpeakerLive : public ::testing::TestWithParam<LiveCase> {
-protected:
-    // Serves the reactor until cond() holds or the time is over.
-    template <class F>
-    bool until(Reactor& r, int ms, F cond) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-        while (std::chrono::steady_clock::now() < end) {
-            if (cond()) return true;
-            for (int i = 0; i < 10; ++i) r.poll(20ms);
-        }
-        return cond();
+// Serves the reactor until cond() holds or the time is over.
+template <class F>
+bool until(Reactor& r, int ms, F cond) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    while (std::chrono::steady_clock::now() < end) {
+        if (cond()) return true;
+        for (int i = 0; i < 10; ++i) r.poll(20ms);
     }
-};
+    return cond();
+}
+
+class SpeakerLive : public ::testing::TestWithParam<LiveCase> {};
 
 TEST_P(SpeakerLive, AgainstFrr) {
     const LiveCase& c = GetParam();
@@ -214,35 +232,13 @@ TEST_P(SpeakerLive, AgainstFrr) {
         }
     };
 
-    // Ours: a range of a thousand with attributes, a neighbor in namespace a.
-    hal::EBGP::ConfigNeighbor n;
-    n.type = 1;
-    n.localAddress = ip(us);
-    n.dutAddress = ip(dut);
-    n.localAs = 65001;
-    n.holdTime = 9;
-    n.keepAlive = 3;
-    n.md5Key = c.ourKey;
-    n.ipV4Unicast = !c.v6;
-    n.ipV6Unicast = c.v6;
-    hal::EBGP::ConfigRouteRange r;
-    r.firstNetwork = ip(c.v6 ? "2001:db8:100::" : "20.0.0.0");
-    r.fromPrefix = r.thruPrefix = c.v6 ? 48 : 24;
-    r.numberOfRoutes = c.v6 ? 16 : 1000;
-    r.medEnabled = true;
-    r.med = 50;
-    r.communities = {65001u << 16 | 7};
-    n.routeRanges.Add(r);
-    hal::EBGPServer config;
-    config.external.retryDelay = 1;
-    config.external.connectRetries = 0;
-    config.neighbors.Add(n);
-
+    hal::EBGPServer config = ours(us, dut, c.v6, c.ourKey, c.v6 ? 16 : 1000);
+    const hal::EBGP::ConfigRouteRange r = *config.neighbors.At(0)->routeRanges.At(0);
     Reactor reactor;
     auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ifs.substr(0, ifs.find(' '))});
     speaker->configure(config);
     speaker->start();
-    auto state = [&] { return speaker->statistics(ip(dut)).at(stat::kState); };
+    auto state = [&] { return speaker->statistics(ip(dut)).at(selector::kState); };
     auto frrNeighbor = [&] {
         return frrJson(std::string("show bgp neighbors ") + us + " json").value(us, Json::object());
     };
@@ -276,17 +272,20 @@ TEST_P(SpeakerLive, AgainstFrr) {
     // What FRR sends is learned.
     EXPECT_TRUE(until(reactor, 5000, [&] {
         auto learned = speaker->learnedRoutes(ip(dut));
-        if (!learned) return false;
-        for (const auto& l : *learned)
-            if (l.network == ip(c.v6 ? "2001:db8:30::" : "30.0.1.0") && l.asPath == std::vector<uint16_t>{65002})
-                return true;
-        return false;
+        return learned && std::ranges::any_of(*learned, [&](const hal::EBGP::LearnedRoute& l) {
+                   return l.network == ip(c.v6 ? "2001:db8:30::" : "30.0.1.0") &&
+                          l.asPath == std::vector<uint16_t>{65002};
+               });
     }));
-    // Statistics agree with FRR's counters.
+    // Statistics agree with FRR's counters (of UPDATEs: FRR counts the
+    // OPENs of a connection that lost a collision apart).
     const auto stats = speaker->statistics(ip(dut));
-    EXPECT_EQ(stats.at(stat::kPeerAs), "65002");
-    EXPECT_EQ(stats.at(stat::kPeerId), "10.0.0.2");
-    EXPECT_EQ(std::stoi(stats.at(stat::kRoutesAdvertised)), total);
+    const Json frrStats = frrNeighbor()["messageStats"];
+    EXPECT_EQ(stats.at(selector::kUpdateSent), std::to_string(frrStats.value("updatesRecv", -1)));
+    EXPECT_EQ(stats.at(selector::kUpdateReceived), std::to_string(frrStats.value("updatesSent", -1)));
+    EXPECT_EQ(stats.at(selector::kPeerAs), "65002");
+    EXPECT_EQ(stats.at(selector::kPeerId), "10.0.0.2");
+    EXPECT_EQ(std::stoi(stats.at(selector::kRoutesAdvertised)), total);
 
     // A write while running: routes added, no reset.
     hal::EBGP::ConfigRouteRange more = r;
@@ -305,6 +304,48 @@ TEST_P(SpeakerLive, AgainstFrr) {
     const std::string reason = frrNeighbor().value("lastNotificationReason", "");
     EXPECT_NE(reason.find("Cease"), std::string::npos) << reason;
     EXPECT_NE(reason.find("Administrative Shutdown"), std::string::npos) << reason;
+    speaker.reset();
+    lab("lab::cleanup");
+}
+
+// BIRD 2 connects to us (our side only listens, on port 179 inside the
+// namespace) with TTL security (RFC 5082), which the accepted connection
+// must meet: its routes learned, ours held, our Cease seen.
+TEST(SpeakerLiveBird, AgainstBird) {
+    TclLab lab;
+    if (!lab.why.empty()) GTEST_SKIP() << "live test skipped: " << lab.why;
+    const std::string nsA = lab("set a [lab::ns create]");
+    lab("set b [lab::ns create]");
+    lab("lab::veth $a $b -addr1 10.0.0.1/24 -addr2 10.0.0.2/24");
+    const std::string conf =
+        "router id 10.0.0.2;\nprotocol device {}\nprotocol static st4 { ipv4; route 30.0.0.0/24 blackhole; "
+        "route 30.0.1.0/24 blackhole; }\nprotocol bgp dut { local 10.0.0.2 as 65002; neighbor 10.0.0.1 as 65001; "
+        "hold time 9; keepalive time 3; connect delay time 1; connect retry time 1; ttl security on; "
+        "ipv4 { import all; export all; }; }\n";
+    lab("set bird [lab::bird start $b -config " + tclText(conf) + "]");
+
+    hal::EBGPServer config = ours("10.0.0.1", "10.0.0.2", false, "", 1000);
+    config.external.activeConnect = false;
+    config.neighbors.At(0)->ttl = 255;  // BIRD's TTL security drops anything less
+    Reactor reactor;
+    auto speaker = std::make_unique<Speaker>(reactor, Place{nsA, ""});
+    speaker->configure(config);
+    speaker->start();
+    auto birdState = [&] { return lab("lab::bird state $bird dut"); };
+    auto birdRoutes = [&] { return lab("lab::bird count $bird master4"); };
+    EXPECT_TRUE(until(reactor, 15000, [&] { return speaker->statistics(ip("10.0.0.2")).at(selector::kState) == "6"; }));
+    EXPECT_EQ(birdState(), "Established");
+    EXPECT_EQ(speaker->statistics(ip("10.0.0.2")).at(selector::kConnectsAccepted), "1");
+    EXPECT_TRUE(until(reactor, 10000, [&] { return birdRoutes() == "1002"; })) << birdRoutes();
+    EXPECT_TRUE(until(reactor, 5000, [&] {
+        auto learned = speaker->learnedRoutes(ip("10.0.0.2"));
+        return learned && learned->size() == 2 && learned->back().asPath == std::vector<uint16_t>{65002};
+    }));
+    bool done = false;
+    speaker->stop([&] { done = true; });
+    EXPECT_TRUE(until(reactor, 3000, [&] { return done; }));
+    EXPECT_TRUE(until(reactor, 5000, [&] { return birdState() != "Established"; })) << birdState();
+    EXPECT_EQ(birdRoutes(), "2") << "our routes are gone from BIRD";
     speaker.reset();
     lab("lab::cleanup");
 }

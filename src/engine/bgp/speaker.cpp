@@ -112,6 +112,28 @@ FsmConfig fsmConfigOf(const Settings& s) {
     return c;
 }
 
+using SessionKey = std::pair<IpAddress, IpAddress>;  // local and DUT address
+
+// The sessions a configuration asks for: each enabled neighbor, and an
+// internal neighbor once more towards each enabled further peer of its
+// internal table (the emulated router in a full internal mesh). The first
+// of two with the same addresses wins.
+std::map<SessionKey, hal::EBGP::ConfigNeighbor> sessionsOf(const hal::EBGPServer& config) {
+    std::map<SessionKey, hal::EBGP::ConfigNeighbor> out;
+    config.neighbors.ForEach([&](const hal::EBGP::ConfigNeighbor& n) {
+        if (!n.enabled) return;
+        out.emplace(SessionKey{ipOf(n.localAddress), ipOf(n.dutAddress)}, n);
+        if (n.type != 0) return;
+        n.internalTable.peers.ForEach([&](const hal::EBGP::ConfigInternalNeighborItem& p) {
+            if (!p.enabled) return;
+            hal::EBGP::ConfigNeighbor more = n;
+            more.dutAddress = p.dutAddress;
+            out.emplace(SessionKey{ipOf(more.localAddress), ipOf(more.dutAddress)}, more);
+        });
+    });
+    return out;
+}
+
 bool sameRange(const hal::EBGP::ConfigRouteRange& a, const hal::EBGP::ConfigRouteRange& b) {
     hal::EBGP::ConfigRouteRange c = a;
     c.id = b.id;
@@ -253,7 +275,7 @@ struct Neighbor {
     Session session;
     std::optional<Open> peerOpen;
     std::unique_ptr<AdjRibIn> rib;
-    std::unique_ptr<AdjRibIn> stale;  // the routes of a peer that restarts (RFC 4724)
+    bool restarting = false;  // the peer restarts: its routes are held stale (RFC 4724)
     std::deque<Job> jobs;
     std::map<uint64_t, std::unique_ptr<Flap>> flaps;  // by range id
     engine::Timer restartTimer, staleTimer, linkTimer;
@@ -282,7 +304,7 @@ struct Speaker::Impl {
     std::unique_ptr<Transport> transport;
     hal::EBGPServer config;
     bool running = false;
-    std::map<std::pair<IpAddress, IpAddress>, std::unique_ptr<Neighbor>> neighbors;  // by local and DUT address
+    std::map<SessionKey, std::unique_ptr<Neighbor>> neighbors;
     std::map<IpAddress, std::shared_ptr<void>> listeners;
     std::map<IpAddress, std::vector<std::pair<IpAddress, std::string>>> listenerKeys;
     struct Retired {
@@ -294,6 +316,8 @@ struct Speaker::Impl {
     std::vector<std::unique_ptr<Neighbor>> deadNeighbors;
     bool sweepPosted = false;
     engine::Timer tick, flushTimer;
+    Time flushDeadline{};
+    std::function<void()> flushDone;  // stop()'s report, once the Ceases are written
     std::string lastError;
     Bytes buffer;
     std::shared_ptr<bool> life = std::make_shared<bool>(true);
@@ -328,12 +352,15 @@ struct Speaker::Impl {
     std::unique_ptr<UpdateEncoder> encoder(Neighbor& n, UpdateEncoder::Kind kind);
     void queueRange(Neighbor& n, const hal::EBGP::ConfigRouteRange& r, size_t position, UpdateEncoder::Kind kind);
     void queueAll(Neighbor& n, std::optional<AfiSafi> only, bool endOfRib);
+    void queueNeighbor(Neighbor& n, const hal::EBGP::ConfigNeighbor& c, UpdateEncoder::Kind kind,
+                       const std::vector<AfiSafi>& families);
     void startFlap(Neighbor& n, const hal::EBGP::ConfigRouteRange& r);
     void flap(Neighbor& n, uint64_t rangeId);
     void startLinkFlap(Neighbor& n);
     void updateRoutes(Neighbor& n, const hal::EBGP::ConfigNeighbor& next);
     void pump(Neighbor& n);
     void onTick();
+    void flushCheck();
     const Neighbor* find(const hal::EIPAddress& dut) const;
 };
 
@@ -455,6 +482,14 @@ void Speaker::Impl::onAccept(const IpAddress& local, const IpAddress& peer, std:
     Conn& c = *target;
     c.stream = std::move(stream);
     c.outgoing = false;
+    // The neighbor's TTL on what we send back, as on our own connects.
+    if (auto* tcp = dynamic_cast<TcpConnection*>(c.stream.get()); tcp && n.settings.ttl) {
+        try {
+            setTtl(tcp->fd(), n.settings.ttl);
+        } catch (const std::system_error& e) {
+            lastError = e.what();
+        }
+    }
     attach(n, c);
     if (c.fsm->state() == State::Idle) {
         c.suppressConnect = true;
@@ -644,17 +679,14 @@ void Speaker::Impl::resolveCollision(Neighbor& n) {
         const State st = c->fsm->state();
         return st == State::OpenSent || st == State::OpenConfirm || st == State::Established;
     };
-    Conn* loser;
-    if (!engaged(a)) loser = a;  // our connect never got anywhere
-    else if (!engaged(b)) loser = b;
-    else if (a->fsm->state() == State::Established) loser = b;
-    else if (b->fsm->state() == State::Established) loser = a;
-    else if (a->outgoing == b->outgoing) loser = a;  // two from the peer: the newer stays
-    else {
-        Conn* ours = a->outgoing ? a : b;
-        Conn* theirs = a->outgoing ? b : a;
-        loser = n.settings.bgpId < peerId ? ours : theirs;
-    }
+    const State sa = a->fsm->state(), sb = b->fsm->state();
+    // a stays when b never got anywhere or a is already up; when both are
+    // open and came from different sides, the rule decides; of two from
+    // the peer, the newer (b) stays.
+    const bool keepA = engaged(a) && (!engaged(b) || sa == State::Established ||
+                                      (sb != State::Established && a->outgoing != b->outgoing &&
+                                       a->outgoing == keepOurConnection(n.settings.bgpId, peerId)));
+    Conn* loser = keepA ? b : a;
     loser->losing = true;
     run(n, *loser, loser->fsm->stop(err::kCollision));
     if (loser == a) {
@@ -679,7 +711,7 @@ void Speaker::Impl::onEstablished(Neighbor& n, Conn& c) {
     n.beenUp = true;
     n.session = c.fsm->session();
     n.peerOpen = c.fsm->peerOpen();
-    if (n.stale) {
+    if (n.restarting) {
         // The peer is back after a restart: its old routes stay until it
         // has sent everything again, or the stale time is over.
         n.restartTimer.cancel();
@@ -697,14 +729,14 @@ void Speaker::Impl::onDown(Neighbor& n, Conn& c, const std::optional<Notificatio
         retireConn(n.other, false);
         return;
     }
+    const bool wasUp = n.up;
     if (n.other) {
-        // The first connection failed while the peer's second one goes on.
+        // The first connection ended while the peer's second one goes on.
         retireConn(n.conn, false);
         n.conn = std::move(n.other);
         n.counters->state.store(uint8_t(n.conn->fsm->state()), std::memory_order_relaxed);
-        return;
     }
-    if (!n.up) return;
+    if (!wasUp) return;
     // RFC 4724: a peer that can restart gracefully and went away without a
     // NOTIFICATION keeps its routes, as stale, while it comes back.
     const bool keep = running && !why && n.peerOpen && n.peerOpen->caps.gracefulRestart.has_value();
@@ -715,33 +747,32 @@ void Speaker::Impl::sessionEnded(Neighbor& n, bool keepStale) {
     n.up = false;
     n.jobs.clear();
     n.flaps.clear();
-    if (keepStale) {
-        if (!n.stale) n.stale = std::move(n.rib);
-        n.rib = std::make_unique<AdjRibIn>(RibFilter::of(n.config));
-        ++n.grAttempted;
-        uint16_t restart = n.peerOpen->caps.gracefulRestart->time;
-        Neighbor* const np = &n;
-        n.staleTimer.cancel();
-        n.restartTimer.start(std::chrono::seconds(restart), [this, np] {
-            ++np->grFailed;
-            dropStale(*np);
-        });
-    } else {
-        n.stale.reset();
+    n.dirty = true;
+    if (!keepStale) {
+        n.restarting = false;
         n.staleTimer.cancel();
         n.restartTimer.cancel();
         n.rib = std::make_unique<AdjRibIn>(RibFilter::of(n.config));
+        return;
     }
-    n.dirty = true;
+    n.restarting = true;
+    n.rib->markStale();
+    ++n.grAttempted;
+    Neighbor* const np = &n;
+    n.staleTimer.cancel();
+    n.restartTimer.start(std::chrono::seconds(n.peerOpen->caps.gracefulRestart->time), [this, np] {
+        ++np->grFailed;
+        dropStale(*np);
+    });
 }
 
 void Speaker::Impl::dropStale(Neighbor& n) {
     n.restartTimer.cancel();
     n.staleTimer.cancel();
-    if (n.stale) {
-        n.stale.reset();
-        n.dirty = true;
-    }
+    if (!n.restarting) return;
+    n.restarting = false;
+    n.rib->sweepStale();
+    n.dirty = true;
 }
 
 void Speaker::Impl::onReceived(Neighbor& n, Conn& c, Action& a) {
@@ -756,31 +787,14 @@ void Speaker::Impl::onReceived(Neighbor& n, Conn& c, Action& a) {
     }
     if (!a.update) return;
     const Update& u = *a.update;
-    if (n.stale) {
-        // What the peer sends again replaces its stale route; an End-of-RIB
-        // ends the wait for the rest.
-        if (u.endOfRib) {
-            dropStale(n);
-        } else {
-            Update w;
-            w.withdrawn = u.withdrawn;
-            w.withdrawn.insert(w.withdrawn.end(), u.nlri.begin(), u.nlri.end());
-            n.stale->apply(w);
-            for (const auto* mp : {u.attributes.mpReach ? &u.attributes.mpReach->nlri : nullptr,
-                                   u.attributes.mpUnreach ? &u.attributes.mpUnreach->withdrawn : nullptr}) {
-                if (!mp) continue;
-                Update m;
-                m.attributes.mpUnreach = MpUnreach{u.attributes.mpReach && mp == &u.attributes.mpReach->nlri
-                                                       ? u.attributes.mpReach->family
-                                                       : u.attributes.mpUnreach->family,
-                                                   *mp};
-                n.stale->apply(m);
-            }
-        }
-    }
     const AdjRibIn::Applied applied = n.rib->apply(u);
-    if (n.stale) n.routesBeforeStale += applied.announced;
-    if (applied.announced || applied.withdrawn || n.stale) n.dirty = true;
+    if (applied.announced || applied.withdrawn) n.dirty = true;
+    if (n.restarting) {
+        // What the peer sends again is fresh; its End-of-RIB ends the wait
+        // for the rest.
+        n.routesBeforeStale += applied.refreshed;
+        if (u.endOfRib) dropStale(n);
+    }
 }
 
 // ---------------------------------------------------------------- announcing
@@ -806,18 +820,27 @@ void Speaker::Impl::queueRange(Neighbor& n, const hal::EBGP::ConfigRouteRange& r
 }
 
 void Speaker::Impl::queueAll(Neighbor& n, std::optional<AfiSafi> only, bool endOfRib) {
-    auto enc = encoder(n, UpdateEncoder::Kind::Announce);
-    for (size_t i = 0; i < n.config.routeRanges.Size(); ++i) {
-        const hal::EBGP::ConfigRouteRange& r = *n.config.routeRanges.At(i);
-        const AfiSafi f = r.firstNetwork.IsV6() ? kIpv6Unicast : kIpv4Unicast;
-        if (!r.enabled || !n.session.has(f) || (only && *only != f)) continue;
+    // Every range of the neighbor but those a flap holds down (left in
+    // place, disabled, so that each keeps its position for the AS step).
+    hal::EBGP::ConfigNeighbor now = n.config;
+    for (size_t i = 0; i < now.routeRanges.Size(); ++i) {
+        hal::EBGP::ConfigRouteRange& r = *now.routeRanges.At(i);
         auto fl = n.flaps.find(r.id.GetValue());
-        if (fl != n.flaps.end() && fl->second->down) continue;
-        enc->add(r, rangeAs(n.config, n.settings.localAs, i), f.safi);
+        if (fl != n.flaps.end() && fl->second->down) r.enabled = false;
     }
-    n.jobs.push_back({std::move(enc), {}});
+    queueNeighbor(n, now, UpdateEncoder::Kind::Announce, only ? std::vector<AfiSafi>{*only} : n.session.families);
     if (endOfRib)
         for (const AfiSafi& f : n.session.families) n.jobs.push_back({nullptr, encodeEndOfRib(f)});
+}
+
+void Speaker::Impl::queueNeighbor(Neighbor& n, const hal::EBGP::ConfigNeighbor& c, UpdateEncoder::Kind kind,
+                                  const std::vector<AfiSafi>& families) {
+    std::vector<AfiSafi> carried;
+    for (const AfiSafi& f : families)
+        if (n.session.has(f)) carried.push_back(f);
+    auto enc = encoder(n, kind);
+    addNeighborRanges(*enc, c, n.settings.localAs, carried);
+    n.jobs.push_back({std::move(enc), {}});
 }
 
 void Speaker::Impl::pump(Neighbor& n) {
@@ -854,11 +877,7 @@ void Speaker::Impl::pump(Neighbor& n) {
         }
         k.routesAdvertised.fetch_add(pc.announced, std::memory_order_relaxed);
         k.routesWithdrawn.fetch_add(pc.withdrawn, std::memory_order_relaxed);
-        if (messages > 1) {
-            k.sent[0].fetch_add(messages - 1, std::memory_order_relaxed);
-            k.sent[size_t(MessageType::Update)].fetch_add(messages - 1, std::memory_order_relaxed);
-        }
-        run(n, c, c.fsm->updateSent());
+        run(n, c, c.fsm->updateSent(messages));
     }
 }
 
@@ -910,6 +929,15 @@ void Speaker::Impl::updateRoutes(Neighbor& n, const hal::EBGP::ConfigNeighbor& n
     const hal::EBGP::ConfigNeighbor old = n.config;
     n.config = next;
     if (!n.up) return;
+    if (!(old.mplsRouteRanges == next.mplsRouteRanges) || !(old.l3Sites == next.l3Sites)) {
+        // Labelled and VPN routes: the old ones withdrawn, the new announced.
+        auto labelledOnly = [](hal::EBGP::ConfigNeighbor c) {
+            c.routeRanges.Clear();
+            return c;
+        };
+        queueNeighbor(n, labelledOnly(old), Kind::Withdraw, n.session.families);
+        queueNeighbor(n, labelledOnly(next), Kind::Announce, n.session.families);
+    }
     std::vector<bool> matched(next.routeRanges.Size(), false);
     auto indexOf = [&](uint64_t id) -> std::optional<size_t> {
         for (size_t i = 0; i < next.routeRanges.Size(); ++i)
@@ -958,6 +986,10 @@ void Speaker::Impl::updateRoutes(Neighbor& n, const hal::EBGP::ConfigNeighbor& n
 // ---------------------------------------------------------------- statistics
 
 void Speaker::Impl::onTick() {
+    // A listener that could not be made (its address not there yet) is
+    // tried again every second.
+    if (running && std::any_of(listeners.begin(), listeners.end(), [](const auto& l) { return !l.second; }))
+        updateListeners();
     for (auto& [key, n] : neighbors) {
         const uint64_t s = n->counters->routesAdvertised.load(std::memory_order_relaxed);
         const uint64_t r = n->counters->routesAdvertisedReceived.load(std::memory_order_relaxed);
@@ -978,6 +1010,7 @@ const Neighbor* Speaker::Impl::find(const hal::EIPAddress& dut) const {
 
 // ---------------------------------------------------------------- Speaker
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the place by value
 Speaker::Speaker(engine::Reactor& reactor, Place place) : Speaker(reactor, place, tcpTransport(reactor, place.netns)) {}
 
 Speaker::Speaker(engine::Reactor& reactor, Place place, std::unique_ptr<Transport> transport)
@@ -993,27 +1026,24 @@ void Speaker::configure(const hal::EBGPServer& config) {
     Impl& m = *impl_;
     m.config = config;
     if (!m.running) return;
-    std::map<std::pair<IpAddress, IpAddress>, const hal::EBGP::ConfigNeighbor*> want;
-    config.neighbors.ForEach([&](const hal::EBGP::ConfigNeighbor& n) {
-        if (n.enabled) want.emplace(std::make_pair(ipOf(n.localAddress), ipOf(n.dutAddress)), &n);
-    });
+    const auto want = sessionsOf(config);
     for (auto it = m.neighbors.begin(); it != m.neighbors.end();) {
         auto w = want.find(it->first);
         if (w == want.end()) {
             m.endNeighbor(std::move(it->second), err::kPeerDeconfigured);
             it = m.neighbors.erase(it);
-        } else if (!(settingsOf(*w->second, config) == it->second->settings)) {
+        } else if (!(settingsOf(w->second, config) == it->second->settings)) {
             m.endNeighbor(std::move(it->second), err::kOtherConfigChange);
             it = m.neighbors.erase(it);
         } else {
-            m.updateRoutes(*it->second, *w->second);
+            m.updateRoutes(*it->second, w->second);
             ++it;
         }
     }
     std::vector<Neighbor*> added;
     for (const auto& [key, n] : want) {
         if (m.neighbors.count(key)) continue;
-        auto made = m.makeNeighbor(*n);
+        auto made = m.makeNeighbor(n);
         added.push_back(made.get());
         m.neighbors.emplace(key, std::move(made));
     }
@@ -1026,11 +1056,7 @@ void Speaker::start() {
     if (m.running) return;
     m.running = true;
     m.neighbors.clear();
-    m.config.neighbors.ForEach([&](const hal::EBGP::ConfigNeighbor& n) {
-        if (!n.enabled) return;
-        const auto key = std::make_pair(ipOf(n.localAddress), ipOf(n.dutAddress));
-        if (!m.neighbors.count(key)) m.neighbors.emplace(key, m.makeNeighbor(n));
-    });
+    for (const auto& [key, n] : sessionsOf(m.config)) m.neighbors.emplace(key, m.makeNeighbor(n));
     m.updateListeners();
     for (auto& [key, n] : m.neighbors) m.startNeighbor(*n);
     m.tick.startPeriodic(1s, [&m] { m.onTick(); });
@@ -1055,7 +1081,7 @@ void Speaker::stop(std::function<void()> done) {
         n->up = false;
         n->jobs.clear();
         n->flaps.clear();
-        n->stale.reset();
+        n->restarting = false;
         n->restartTimer.cancel();
         n->staleTimer.cancel();
         n->linkTimer.cancel();
@@ -1064,22 +1090,30 @@ void Speaker::stop(std::function<void()> done) {
     }
     // The Ceases are on their way: wait until every stream has written its
     // last bytes (or the grace is over), then report.
-    const Time deadline = m.reactor.now() + kFlushGrace;
-    auto check = std::make_shared<std::function<void()>>();
-    *check = [&m, deadline, done, check] {
-        const bool flushed =
-            std::all_of(m.retired.begin(), m.retired.end(), [](const Impl::Retired& r) { return r.stream->closed(); });
-        if (!flushed && m.reactor.now() < deadline) {
-            m.flushTimer.start(10ms, *check);
-            return;
-        }
-        m.sweep();
-        m.tick.cancel();
-        auto finish = done;
-        *check = nullptr;  // breaks the cycle
-        if (finish) finish();
+    m.flushDeadline = m.reactor.now() + kFlushGrace;
+    // A stop of a speaker started again before its last stop was over
+    // reports both.
+    m.flushDone = [earlier = std::move(m.flushDone), done = std::move(done)] {
+        if (earlier) earlier();
+        if (done) done();
     };
-    m.flushTimer.start(Duration{0}, *check);
+    m.flushTimer.start(Duration{0}, [&m] { m.flushCheck(); });
+}
+
+void Speaker::Impl::flushCheck() {
+    const bool flushed =
+        std::all_of(retired.begin(), retired.end(), [](const Retired& r) { return r.stream->closed(); });
+    if (!flushed && reactor.now() < flushDeadline) {
+        flushTimer.start(10ms, [this] { flushCheck(); });
+        return;
+    }
+    for (Retired& r : retired)
+        if (!r.stream->closed()) r.stream->abort();  // the grace is over
+    sweep();
+    if (!running) tick.cancel();  // unless started again meanwhile
+    auto finish = std::move(flushDone);
+    flushDone = nullptr;
+    if (finish) finish();
 }
 
 std::shared_ptr<const std::vector<hal::EBGP::LearnedRoute>> Speaker::learnedRoutes(const hal::EIPAddress& dut) const {
@@ -1087,17 +1121,6 @@ std::shared_ptr<const std::vector<hal::EBGP::LearnedRoute>> Speaker::learnedRout
     if (!n) return nullptr;
     if (n->snapshot && !n->dirty) return n->snapshot;
     auto routes = n->rib->snapshot();
-    if (n->stale) {
-        // Stale routes the peer has not sent again.
-        auto key = [](const hal::EBGP::LearnedRoute& r) {
-            return std::make_tuple(r.family, r.network.IsV6(), r.network.GetBytes(), r.prefixLength);
-        };
-        std::set<decltype(key(routes.front()))> fresh;
-        for (const auto& r : routes) fresh.insert(key(r));
-        for (auto& r : n->stale->snapshot())
-            if (!fresh.count(key(r))) routes.push_back(std::move(r));
-        std::sort(routes.begin(), routes.end(), [&](const auto& a, const auto& b) { return key(a) < key(b); });
-    }
     n->snapshot = std::make_shared<const std::vector<hal::EBGP::LearnedRoute>>(std::move(routes));
     const_cast<Neighbor*>(n)->dirty = false;
     return n->snapshot;
@@ -1115,67 +1138,68 @@ std::map<int, std::string> Speaker::statistics(const hal::EIPAddress& dut) const
     const Settings& s = n->settings;
     const std::optional<Open>& peer = n->peerOpen;
     std::map<int, std::string> m;
-    m[stat::kOurIp] = s.local.toString();
-    m[stat::kPeerIp] = s.dut.toString();
-    m[stat::kOurAs] = std::to_string(s.localAs);
-    m[stat::kPeerAs] = std::to_string(peer ? peer->asNumber() : 0);
-    m[stat::kOurId] = dotted(s.bgpId);
-    m[stat::kPeerId] = dotted(peer ? peer->bgpId : 0);
-    m[stat::kPeerHoldTimer] = std::to_string(peer ? peer->holdTime : 0);
-    m[stat::kHoldTimer] = std::to_string(n->up ? n->session.holdTime : s.holdTime);
-    m[stat::kMessageSent] = ld(k.sent[0]);
-    m[stat::kMessageReceived] = ld(k.received[0]);
-    m[stat::kUpdateSent] = ld(k.sent[size_t(MessageType::Update)]);
-    m[stat::kUpdateReceived] = ld(k.received[size_t(MessageType::Update)]);
-    m[stat::kRoutesAdvertised] = ld(k.routesAdvertised);
-    m[stat::kRoutesWithdrawn] = ld(k.routesWithdrawn);
-    m[stat::kRoutesAdvertisedReceived] = ld(k.routesAdvertisedReceived);
-    m[stat::kRoutesWithdrawnReceived] = ld(k.routesWithdrawnReceived);
-    m[stat::kRoutesPerSecondSent] = std::to_string(n->rateSent);
-    m[stat::kRoutesPerSecondReceived] = std::to_string(n->rateReceived);
-    m[stat::kOpenSent] = ld(k.sent[size_t(MessageType::Open)]);
-    m[stat::kOpenReceived] = ld(k.received[size_t(MessageType::Open)]);
-    m[stat::kKeepAliveSent] = ld(k.sent[size_t(MessageType::Keepalive)]);
-    m[stat::kKeepAliveReceived] = ld(k.received[size_t(MessageType::Keepalive)]);
-    m[stat::kNotificationSent] = ld(k.sent[size_t(MessageType::Notification)]);
-    m[stat::kNotificationReceived] = ld(k.received[size_t(MessageType::Notification)]);
-    const std::pair<int, uint8_t> byCode[] = {{stat::kCeaseSent, err::kCease},
-                                              {stat::kFsmErrorSent, err::kFsm},
-                                              {stat::kHoldTimeExpiredSent, err::kHoldTimer},
-                                              {stat::kInvalidOpenSent, err::kOpen},
-                                              {stat::kUpdateErrorSent, err::kUpdate},
-                                              {stat::kHeaderErrorSent, err::kHeader}};
+    m[selector::kOurIp] = s.local.toString();
+    m[selector::kPeerIp] = s.dut.toString();
+    m[selector::kOurAs] = std::to_string(s.localAs);
+    m[selector::kPeerAs] = std::to_string(peer ? peer->asNumber() : 0);
+    m[selector::kOurId] = dotted(s.bgpId);
+    m[selector::kPeerId] = dotted(peer ? peer->bgpId : 0);
+    m[selector::kPeerHoldTimer] = std::to_string(peer ? peer->holdTime : 0);
+    m[selector::kHoldTimer] = std::to_string(n->up ? n->session.holdTime : s.holdTime);
+    m[selector::kMessageSent] = ld(k.sent[0]);
+    m[selector::kMessageReceived] = ld(k.received[0]);
+    m[selector::kUpdateSent] = ld(k.sent[size_t(MessageType::Update)]);
+    m[selector::kUpdateReceived] = ld(k.received[size_t(MessageType::Update)]);
+    m[selector::kRoutesAdvertised] = ld(k.routesAdvertised);
+    m[selector::kRoutesWithdrawn] = ld(k.routesWithdrawn);
+    m[selector::kRoutesAdvertisedReceived] = ld(k.routesAdvertisedReceived);
+    m[selector::kRoutesWithdrawnReceived] = ld(k.routesWithdrawnReceived);
+    m[selector::kRoutesPerSecondSent] = std::to_string(n->rateSent);
+    m[selector::kRoutesPerSecondReceived] = std::to_string(n->rateReceived);
+    m[selector::kOpenSent] = ld(k.sent[size_t(MessageType::Open)]);
+    m[selector::kOpenReceived] = ld(k.received[size_t(MessageType::Open)]);
+    m[selector::kKeepAliveSent] = ld(k.sent[size_t(MessageType::Keepalive)]);
+    m[selector::kKeepAliveReceived] = ld(k.received[size_t(MessageType::Keepalive)]);
+    m[selector::kNotificationSent] = ld(k.sent[size_t(MessageType::Notification)]);
+    m[selector::kNotificationReceived] = ld(k.received[size_t(MessageType::Notification)]);
+    const std::pair<int, uint8_t> byCode[] = {{selector::kCeaseSent, err::kCease},
+                                              {selector::kFsmErrorSent, err::kFsm},
+                                              {selector::kHoldTimeExpiredSent, err::kHoldTimer},
+                                              {selector::kInvalidOpenSent, err::kOpen},
+                                              {selector::kUpdateErrorSent, err::kUpdate},
+                                              {selector::kHeaderErrorSent, err::kHeader}};
     for (const auto& [sel, code] : byCode) {
         m[sel] = std::to_string(k.notificationsSentOf(code));
         m[sel + 1] = std::to_string(k.notificationsReceivedOf(code));
     }
-    m[stat::kLastErrorReceived] = std::to_string(k.lastErrorReceived.load(std::memory_order_relaxed));
-    m[stat::kLastErrorSent] = std::to_string(k.lastErrorSent.load(std::memory_order_relaxed));
-    const std::pair<int, uint8_t> openSub[] = {{stat::kOpenUnsupportedVersion, err::kUnsupportedVersion},
-                                               {stat::kOpenBadPeerAs, err::kBadPeerAs},
-                                               {stat::kOpenBadBgpId, err::kBadBgpId},
-                                               {stat::kOpenUnsupportedParameter, err::kUnsupportedOptParam},
-                                               {stat::kOpenAuthenticationFailure, 5},
-                                               {stat::kOpenUnacceptableHoldTime, err::kUnacceptableHoldTime},
-                                               {stat::kOpenUnspecified, 0}};
+    m[selector::kLastErrorReceived] = std::to_string(k.lastErrorReceived.load(std::memory_order_relaxed));
+    m[selector::kLastErrorSent] = std::to_string(k.lastErrorSent.load(std::memory_order_relaxed));
+    const std::pair<int, uint8_t> openSub[] = {{selector::kOpenUnsupportedVersion, err::kUnsupportedVersion},
+                                               {selector::kOpenBadPeerAs, err::kBadPeerAs},
+                                               {selector::kOpenBadBgpId, err::kBadBgpId},
+                                               {selector::kOpenUnsupportedParameter, err::kUnsupportedOptParam},
+                                               {selector::kOpenAuthenticationFailure, 5},
+                                               {selector::kOpenUnacceptableHoldTime, err::kUnacceptableHoldTime},
+                                               {selector::kOpenUnspecified, 0}};
     for (const auto& [sel, sub] : openSub) m[sel] = both(err::kOpen, sub);
-    for (int sub = 1; sub <= 11; ++sub) m[stat::kUpdateAttributeList + sub - 1] = both(err::kUpdate, uint8_t(sub));
-    m[stat::kUpdateUnspecified] = both(err::kUpdate, 0);
-    m[stat::kHeaderNotSynchronized] = both(err::kHeader, err::kNotSynchronized);
-    m[stat::kHeaderBadLength] = both(err::kHeader, err::kBadLength);
-    m[stat::kHeaderBadType] = both(err::kHeader, err::kBadType);
-    m[stat::kHeaderUnspecified] = both(err::kHeader, 0);
+    for (int sub = 1; sub <= 11; ++sub) m[selector::kUpdateAttributeList + sub - 1] = both(err::kUpdate, uint8_t(sub));
+    m[selector::kUpdateUnspecified] = both(err::kUpdate, 0);
+    m[selector::kHeaderNotSynchronized] = both(err::kHeader, err::kNotSynchronized);
+    m[selector::kHeaderBadLength] = both(err::kHeader, err::kBadLength);
+    m[selector::kHeaderBadType] = both(err::kHeader, err::kBadType);
+    m[selector::kHeaderUnspecified] = both(err::kHeader, 0);
     // Code 0 and codes past those named above (route refresh errors and beyond).
-    m[stat::kUnspecifiedErrorSent] = std::to_string(k.notificationsSentOf(0) + k.notificationsSentOf(7));
-    m[stat::kUnspecifiedErrorReceived] = std::to_string(k.notificationsReceivedOf(0) + k.notificationsReceivedOf(7));
-    m[stat::kActiveOn] = n->started ? "1" : "0";
-    m[stat::kStarts] = ld(k.starts);
-    m[stat::kState] = std::to_string(unsigned(k.state.load(std::memory_order_relaxed)));
-    m[stat::kConnectsReceived] = std::to_string(n->connectsReceived);
-    m[stat::kConnectsAccepted] = std::to_string(n->connectsAccepted);
-    m[stat::kGracefulRestartsAttempted] = std::to_string(n->grAttempted);
-    m[stat::kGracefulRestartsFailed] = std::to_string(n->grFailed);
-    m[stat::kRoutesBeforeStaleTimerExpired] = std::to_string(n->routesBeforeStale);
+    m[selector::kUnspecifiedErrorSent] = std::to_string(k.notificationsSentOf(0) + k.notificationsSentOf(7));
+    m[selector::kUnspecifiedErrorReceived] =
+        std::to_string(k.notificationsReceivedOf(0) + k.notificationsReceivedOf(7));
+    m[selector::kActiveOn] = n->started ? "1" : "0";
+    m[selector::kStarts] = ld(k.starts);
+    m[selector::kState] = std::to_string(unsigned(k.state.load(std::memory_order_relaxed)));
+    m[selector::kConnectsReceived] = std::to_string(n->connectsReceived);
+    m[selector::kConnectsAccepted] = std::to_string(n->connectsAccepted);
+    m[selector::kGracefulRestartsAttempted] = std::to_string(n->grAttempted);
+    m[selector::kGracefulRestartsFailed] = std::to_string(n->grFailed);
+    m[selector::kRoutesBeforeStaleTimerExpired] = std::to_string(n->routesBeforeStale);
     return m;
 }
 

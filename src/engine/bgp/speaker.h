@@ -10,13 +10,27 @@
 // (the one opened by the side with the higher BGP identifier); the other
 // ends with a Cease (connection collision resolution).
 //
-// Once a session is up every route range of the neighbor is announced,
-// packed by the range encoder and written while the socket takes it: the
-// encoder is refilled when the stream's queue falls to its low-water mark,
-// so a range of a million prefixes never sits in memory as a whole. An
-// End-of-RIB per family follows. UPDATEs received go into the neighbor's
-// Adj-RIB-In; its snapshot and the counters answer learnedRoutes() and
-// statistics().
+// An internal neighbor also runs a session with each enabled further peer
+// of its internal table. A listener whose address is not there yet is
+// tried again every second.
+//
+// Once a session is up every route range of the neighbor (unicast,
+// labelled, VPN) is announced, packed by the range encoder and written
+// while the socket takes it: the encoder is refilled when the stream's
+// queue falls to its low-water mark, so a range of a million prefixes never
+// sits in memory as a whole. An End-of-RIB per family follows. Flapping
+// ranges are withdrawn and announced again on their times; a route refresh
+// is answered with everything once more. UPDATEs received go into the
+// neighbor's Adj-RIB-In; its snapshot and the counters answer
+// learnedRoutes() and statistics() (after stop() too, until the next
+// start()). A device that can restart gracefully and drops the connection
+// without a NOTIFICATION keeps its routes, stale, for its restart time and
+// then until its End-of-RIB or our stale time.
+//
+// configure() while running restarts the session of a neighbor whose
+// session settings changed (addresses, AS, identifier, hold and keepalive
+// times, TTL, MD5 key, families, graceful restart, the connection block);
+// anything else changes routes only.
 //
 // Statistics, by selector number (the bgp* statistics selectors): addresses
 // as dotted text, everything else in decimal. Notification counters by
@@ -75,7 +89,7 @@ protected:
 std::unique_ptr<Transport> tcpTransport(Reactor& reactor, std::string netns);
 
 // The statistics selectors (the numbers of the bgp* statistics constants).
-namespace stat {
+namespace selector {
 inline constexpr int kOurIp = 0, kPeerIp = 1, kOurAs = 2, kPeerAs = 3, kOurId = 4, kPeerId = 5, kPeerHoldTimer = 6,
                      kHoldTimer = 7, kMessageSent = 8, kMessageReceived = 9, kUpdateSent = 10, kUpdateReceived = 11,
                      kRoutesAdvertised = 12, kRoutesWithdrawn = 13, kRoutesAdvertisedReceived = 14,
@@ -97,7 +111,7 @@ inline constexpr int kOurIp = 0, kPeerIp = 1, kOurAs = 2, kPeerAs = 3, kOurId = 
                      kState = 65, kConnectsReceived = 66, kConnectsAccepted = 67, kGracefulRestartsAttempted = 68,
                      kGracefulRestartsFailed = 69, kRoutesBeforeStaleTimerExpired = 70;
 inline constexpr int kCount = 71;
-}  // namespace stat
+}  // namespace selector
 
 class Speaker {
 public:

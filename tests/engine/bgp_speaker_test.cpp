@@ -60,7 +60,7 @@ TEST_P(SpeakerUp, OneSessionComesUpAndLivesThroughAMinute) {
     hal::EBGPServer ca = server({na}), cb = server({nb});
     ca.internal.activeConnect = ca.external.activeConnect = c.activeA;
     cb.internal.activeConnect = cb.external.activeConnect = c.activeB;
-    Pair p(ca, cb, WireOptions{c.latency, 0});
+    Pair p(ca, cb, WireOptions{c.latency, 0, {}, {}});
     if (c.addressLate) p.lab.missing.insert(*IpAddress::parse(c.a));
     p.sa->start();
     p.lab.run(c.startBLater);

@@ -2,6 +2,7 @@
 
 #include "core/ospf_grid.h"
 #include "core/parse.h"
+#include "core/span.h"
 
 namespace zk {
 
@@ -16,7 +17,11 @@ static binding::Describe<TCLOspfV3RouteRange> describeOspfV3RouteRange("TCLOspfV
     c.option("metric", &T::metric).check(range(0, 0xFFFFFF)).maps(&R::metric);
     c.option("numberOfNetworks", &T::numberOfNetworks).check(atLeast(0)).maps(&R::routes);
     c.option("prefix", &T::prefix).check(range(0, 128)).maps(&R::prefixLength);
-    c.option("networkIpAddress", &T::networkIpAddress).check(ipv6).maps(&R::network);
+    c.option("networkIpAddress", &T::networkIpAddress)
+        .check(ipv6)
+        .check([](const T& t) { return !ipv6(t.networkIpAddress) || networksFit(t.networkIpAddress, t.prefix, t.numberOfNetworks); },
+               "TCLOspfV3RouteRange::Validate()   numberOfNetworks runs past the address space from networkIpAddress.")
+        .maps(&R::network);
     c.method("setDefault", &T::setDefault);
 });
 

@@ -1,5 +1,7 @@
 #include "rsvp/ranges.h"
 
+#include "core/span.h"
+
 namespace zk {
 
 TCLRsvpSenderRange::TCLRsvpSenderRange(TCLRsvpPlrNodeIdPair* pPlrNodeIdPair, TCLRsvpCustomTlv* pCustomTlv)
@@ -28,9 +30,22 @@ static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSen
     using R = hal::ERSVPConfigSenderRange;
     c.template constructor<TCLRsvpPlrNodeIdPair*, TCLRsvpCustomTlv*>("pPlrNodeIdPair", "pCustomTlv");
     c.option("senderIpStart", &T::senderIpStart).check(ipv4).mapsVia(rsvpIPv4, rsvpRangeDotted, &R::firstSender);
-    c.option("senderCount", &T::senderCount).check(atLeast(1)).maps(&R::senderCount);
+    c.option("senderCount", &T::senderCount)
+        .check(atLeast(1))
+        .check([](const T& t) { return !ipv4(t.senderIpStart) || addressesFit(t.senderIpStart, t.senderCount); },
+               "TCLRsvpSenderRange::Validate()   senderCount runs past the address space from senderIpStart.")
+        .maps(&R::senderCount);
     c.option("lspIdStart", &T::lspIdStart).check(range(0, 65535)).maps(&R::firstLspId);
-    c.option("lspIdIncrement", &T::lspIdIncrement).check(range(0, 65535)).maps(&R::lspIdIncrement);
+    // Each sender takes the next LSP ID, a 16-bit number.
+    c.option("lspIdIncrement", &T::lspIdIncrement)
+        .check(range(0, 65535))
+        // Senders past the last LSP ID are taken without one: the script is told.
+        .checkWith([](const T& t, Checks& c) {
+            if (c.ok() && range(0, 65535)(t.lspIdStart) && range(0, 65535)(t.lspIdIncrement) &&
+                !stepsFit(unsigned(t.lspIdStart), t.senderCount, unsigned(t.lspIdIncrement), 65535))
+                setLastError("TCLRsvpSenderRange::Validate()   senderCount runs past LSP ID 65535 from lspIdStart.");
+        })
+        .maps(&R::lspIdIncrement);
     c.option("tokenBucketRate", &T::tokenBucketRate).check(atLeast(0)).maps(&R::tokenBucketRate);
     c.option("tokenBucketSize", &T::tokenBucketSize).check(atLeast(0)).maps(&R::tokenBucketSize);
     c.option("peakDataRate", &T::peakDataRate).check(atLeast(0)).maps(&R::peakDataRate);
@@ -67,7 +82,11 @@ static binding::Describe<TCLRsvpDestinationRange> describeRsvpDestinationRange("
     c.option("tunnelIpStart", &T::tunnelIpStart)
         .check(ipv4)
         .mapsVia(rsvpIPv4, rsvpRangeDotted, &R::firstTunnelEndPoint);
-    c.option("tunnelCount", &T::tunnelCount).check(atLeast(1)).maps(&R::tunnelCount);
+    c.option("tunnelCount", &T::tunnelCount)
+        .check(atLeast(1))
+        .check([](const T& t) { return !ipv4(t.tunnelIpStart) || addressesFit(t.tunnelIpStart, t.tunnelCount); },
+               "TCLRsvpDestinationRange::Validate()   tunnelCount runs past the address space from tunnelIpStart.")
+        .maps(&R::tunnelCount);
     c.option("behavior", &T::behavior).check(range(0, 1)).maps(&R::behavior);
     c.option("endPointType", &T::endPointType).check(range(0, 1)).maps(&R::endPointType);
     c.option("eroMode", &T::eroMode).check(range(0, 2)).maps(&R::eroMode);

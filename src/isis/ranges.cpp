@@ -3,6 +3,7 @@
 #include "binding/collection_methods.h"
 #include "core/grid.h"
 #include "core/parse.h"
+#include "core/port.h"
 #include "core/span.h"
 #include "isis/forms.h"
 
@@ -95,6 +96,18 @@ int TCLIsisGrid::intoRecordRest(hal::EISISGrid& r) {
         {"enableTe", isis::restoreDefault<&hal::EISISGrid::teEnabled>}};
     isis::applyPortFeatures(r, "TCLIsisGrid::SetIsisGrid()", kFeatures);
     setGridSize(r, numRows, numColumns, "TCLIsisGrid::SetIsisGrid()");
+    keepEntryInside(r.entryRow, r.entryCol, r);
+    // A TE path between nodes the port does not emulate cannot be set up.
+    bool inside = true;
+    r.tePaths.ForEach([&](const hal::EISISGridTePath& p) {
+        inside = inside && p.sourceRow <= r.rows && p.destinationRow <= r.rows && p.sourceColumn <= r.cols &&
+                 p.destinationColumn <= r.cols;
+    });
+    if (Port* port = currentPort(); port && !inside) {
+        setLastErrorf("TCLIsisGrid::SetIsisGrid()   A TE path leaves the grid of %d by %d that port %s emulates.", r.rows,
+                      r.cols, portName(*port));
+        return kFail;
+    }
     loadCounts(r);
     return kOk;
 }

@@ -1,5 +1,6 @@
 #include "ospfv3/ranges.h"
 
+#include "core/grid.h"
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/span.h"
@@ -31,6 +32,7 @@ int TCLOspfV3NetworkRange::intoRecordRest(hal::EOSPFv3NetworkRange& r) {
     r.firstSubnet = hal::EIPMaskedAddress(anyAddress(firstSubnetIpAddress), maskWidth);
     r.bits = uint8_t((enableBBit ? 1 : 0) + (enableEBit ? 2 : 0));
     setGridSize(r, numRows, numColumns, "TCLOspfV3NetworkRange::SetOspfV3NetworkRange()");
+    keepEntryInside(r.entryRow, r.entryCol, r);
     loadGridCounts(*this, r);
     return kOk;
 }
@@ -51,7 +53,10 @@ static binding::Describe<TCLOspfV3NetworkRange> describeOspfV3NetworkRange("TCLO
         .check([](const T& t) { return t.entryPointColumn >= 0 && t.entryPointColumn <= t.numColumns; })
         .maps(&R::entryCol);
     c.option("numRows", &T::numRows).check(atLeast(0));
-    c.option("numColumns", &T::numColumns).check(atLeast(0));
+    c.option("numColumns", &T::numColumns)
+        .check(atLeast(0))
+        .check([](const T& t) { return t.numRows != 0 || t.numColumns != 0; },
+               "TCLOspfV3NetworkRange::Validate()   A grid of 0 by 0 has no router.");
     c.option("firstRouterId", &T::firstRouterId).check(ipv4).maps(&R::firstRouterId);
     c.option("routerIdIncrementBy", &T::routerIdIncrementBy).check(ipv4).mapsVia(step, formatIPv4, &R::routerIdStep);
     c.option("firstSubnetIpAddress", &T::firstSubnetIpAddress).check(ipv6);

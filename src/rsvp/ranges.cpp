@@ -1,5 +1,7 @@
 #include "rsvp/ranges.h"
 
+#include <initializer_list>
+
 #include "core/span.h"
 
 namespace zk {
@@ -23,6 +25,15 @@ TCLRsvpDestinationRange::TCLRsvpDestinationRange(TCLRsvpEroItem* pEroItem, TCLRs
 
 namespace {
 std::string rsvpRangeDotted(const hal::EIPAddress& a) { return a.ToString(); }
+
+// An RSVP object counts its bytes in 16 bits, its 4-byte header included.
+constexpr size_t kMaxObjectData = 65535 - 4;
+bool tlvsFit(std::initializer_list<const hal::ERSVPCustomTLVList*> lists) {
+    for (const auto* list : lists)
+        for (const auto& tlv : *list)
+            if (tlv.data.bytes.size() > kMaxObjectData) return false;
+    return true;
+}
 }  // namespace
 
 static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSenderRange", [](auto& c) {
@@ -67,7 +78,10 @@ static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSen
     // Affinities are 32-bit masks: every value is one.
     c.option("includeAny", &T::includeAny).maps(&R::includeAny);
     c.option("excludeAny", &T::excludeAny).maps(&R::excludeAny);
-    c.option("includeAll", &T::includeAll).maps(&R::includeAll);
+    c.option("includeAll", &T::includeAll)
+        .check([](const T& t) { return tlvsFit({&t.work().pathErrTlvs}); },
+               "TCLRsvpSenderRange::Validate()   A custom TLV holds more than 65531 bytes of data.")
+        .maps(&R::includeAll);
     c.method("setDefault", &T::setDefault);
     describeWalk<&T::plrs>(c, "Plr", "clearAllPlr");
     describeWalk<&T::pathErrTlvs>(c, "PathErrTlv", "clearPathErrTlvList");
@@ -120,7 +134,14 @@ static binding::Describe<TCLRsvpDestinationRange> describeRsvpDestinationRange("
         .check(boolean)
         .maps(&R::nodeProtectionDesired);
     // The session name travels with a one-byte length.
-    c.option("sessionName", &T::sessionName).check(maxLength(255)).maps(&R::sessionName);
+    c.option("sessionName", &T::sessionName)
+        .check(maxLength(255))
+        .check([](const T& t) {
+                   const auto& r = t.work();
+                   return tlvsFit({&r.pathTlvs, &r.resvTlvs, &r.resvErrTlvs, &r.resvTearTlvs});
+               },
+               "TCLRsvpDestinationRange::Validate()   A custom TLV holds more than 65531 bytes of data.")
+        .maps(&R::sessionName);
     c.method("setDefault", &T::setDefault);
     describeWalk<&T::eros>(c, "Ero", "clearAllEro");
     describeWalk<&T::rros>(c, "Rro", "clearAllRro");

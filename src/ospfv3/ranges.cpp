@@ -1,6 +1,5 @@
 #include "ospfv3/ranges.h"
 
-#include "core/grid.h"
 #include "core/ospf_grid.h"
 #include "core/parse.h"
 #include "core/span.h"

@@ -45,11 +45,10 @@ proc outcome {args} {
     list $code [expr {$code == 0 ? "" : $::zkErrorInfo}]
 }
 
-# Like checkTable, for cases given as options and the expected {result
-# message}. A value that is taken may still be reported: the message of a
-# call that succeeds is what the suite's lastError shows when it is not
-# the one its plantMessage left ("" when nothing was reported, and always
-# "" in a suite without plantMessage). Gives the cases that differ.
+# checkTable for cases of options and the expected {result message}, where
+# a value that is taken may be reported: after a success the message is the
+# suite's lastError unless it is what plantMessage left ("" then, and in a
+# suite without plantMessage). Gives the cases that differ.
 proc reportTable {obj prepare add cases} {
     set planting [expr {[info procs ::plantMessage] ne ""}]
     set bad {}

@@ -23,6 +23,7 @@ public:
     }
 
     ~WireEnd() override {
+        if (options_.onDestroyed) options_.onDestroyed(this);
         shared_->ends[side_] = nullptr;
         if (!eofSent_) resetPeer();
     }

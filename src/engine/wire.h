@@ -11,6 +11,7 @@
 // abort() or destroying an end resets the other end (ECONNRESET).
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -22,6 +23,9 @@ namespace engine {
 struct WireOptions {
     Duration latency{0};
     size_t maxChunk = 0;
+    // Called as each end is destroyed, for a test that keeps a list of the
+    // ends its speakers own.
+    std::function<void(const Stream*)> onDestroyed = {};
 };
 
 std::pair<std::unique_ptr<Stream>, std::unique_ptr<Stream>> makeWire(Reactor& reactor, WireOptions options = {});

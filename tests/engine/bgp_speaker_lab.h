@@ -30,7 +30,10 @@ inline hal::EIPAddress ip(const char* text) {
 
 class Lab {
 public:
-    explicit Lab(WireOptions options = {}) : reactor(clock), options_(options) {}
+    explicit Lab(WireOptions options = {}) : reactor(clock), options_(std::move(options)) {
+        // A stream a speaker let go leaves the list with it.
+        options_.onDestroyed = [this](const Stream* s) { std::erase(streams, s); };
+    }
 
     VirtualClock clock;
     Reactor reactor;

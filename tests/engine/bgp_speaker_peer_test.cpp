@@ -219,7 +219,7 @@ TEST(SpeakerLoad, APeerThatStopsReadingHoldsAtMostTheHighWaterMarkThenTimesOut) 
 TEST(SpeakerLoad, AMillionPrefixesAreWrittenAtThePaceThePeerReads) {
     auto na = neighbor(kA, kB, 65001, false);
     na.routeRanges.Add(range("20.0.0.0", 1000000));
-    Lab lab(WireOptions{1ms, 16384});
+    Lab lab(WireOptions{1ms, 16384, {}});
     Speaker a(lab.reactor, Place{}, lab.net()), b(lab.reactor, Place{}, lab.net());
     a.configure(server({na}));
     b.configure(server({neighbor(kB, kA, 65002, false)}));

@@ -70,6 +70,29 @@ void settleFamily(Route& r, const learn::Given& given) {
     if (!given.has("family")) r.family = r.network.IsV6() ? bgp4::kFamilyIpV6Unicast : 1;
 }
 
+// A learned route whose prefix is longer than its address, or whose
+// family is not its address's, could not have been learned.
+std::string checkRoute(const Route& r) {
+    const bool v6 = r.network.IsV6();
+    if (r.prefixLength > (v6 ? 128 : 32))
+        return "-prefixLength " + std::to_string(r.prefixLength) + " is longer than the address " + r.network.ToString();
+    const bool familyV6 = r.family >= bgp4::kFamilyIpV6Unicast && r.family < bgp4::kFamilyUserDefined;
+    if (r.family != bgp4::kFamilyUserDefined && familyV6 != v6)
+        return "-family " + std::to_string(r.family) + " is not the family of " + r.network.ToString();
+    return "";
+}
+
+learn::ItemReader<Route> readRoute() {
+    auto read = binding::learnedItems<TCLBgp4LearnedRoute>({}, settleFamily);
+    return [read](Tcl_Obj* element, const std::string& key, Route& r) {
+        std::string why = read(element, key, r);
+        return why.empty() ? checkRoute(r) : why;
+    };
+}
+
+// The statistics of addresses: our and the peer's address and identifier.
+bool addressStatistic(Tcl_WideInt selector) { return selector == 0 || selector == 1 || selector == 4 || selector == 5; }
+
 int learnStats(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out) {
     auto key = learn::readKey(interp, objv[0], "dutIp", learn::kAnyIpKey);
     if (!key) return TCL_ERROR;
@@ -83,7 +106,14 @@ int learnStats(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out) {
         if (Tcl_GetWideIntFromObj(nullptr, items[k], &selector) != TCL_OK || selector < 0 || selector > kLastStatistic)
             return learn::failed(interp,
                                  std::string("unknown selector \"") + Tcl_GetString(items[k]) + "\": expected 0 to 70");
-        data->values[int(selector)] = Tcl_GetString(items[k + 1]);
+        // Addresses as text, everything else a count in decimal.
+        std::string value = Tcl_GetString(items[k + 1]);
+        Tcl_WideInt count;
+        if (addressStatistic(selector) ? !ipv4(value) && !ipv6(value)
+                                       : Tcl_GetWideIntFromObj(nullptr, items[k + 1], &count) != TCL_OK || count < 0)
+            return learn::failed(interp, "bad value for selector " + std::to_string(selector) + ": \"" + value + "\": expected " +
+                                             (addressStatistic(selector) ? "an IPv4 or IPv6 address" : "a count"));
+        data->values[int(selector)] = addressStatistic(selector) ? value : std::to_string(count);
     }
     return learn::file(interp, out, *key, data);
 }
@@ -91,7 +121,7 @@ int learnStats(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out) {
 struct RegisterLearnedBgp {
     RegisterLearnedBgp() {
         learn::registerItems<Route>(kBgpRoutesKind, Protocol::Bgp4, "dutIp routeList", &learn::kAnyIpKey, "route",
-                                    binding::learnedItems<TCLBgp4LearnedRoute>({}, settleFamily));
+                                    readRoute());
         learn::registerKind(kBgpStatsKind, Protocol::Bgp4, "dutIp {selector value ...}", learnStats, true);
     }
 } registerLearnedBgp;

@@ -7,6 +7,7 @@
 #include "binding/learned_methods.h"
 #include "core/port.h"
 #include "core/port_feature.h"
+#include "core/span.h"
 
 namespace zk {
 
@@ -159,7 +160,15 @@ static binding::Describe<TCLBgp4Neighbor> describeBgp4Neighbor("TCLBgp4Neighbor"
         .maps(&R::dutAddress);
     c.option("localAsNum", &T::localAsNum).check(range(1, 65535)).maps(&R::localAs);
     c.option("asNumMode", &T::asNumMode).check(range(0, 1)).maps(&R::asNumMode);
-    c.option("asNumStep", &T::asNumStep).check(range(0, 65535)).maps(&R::asNumStep);
+    // In increment mode each route range takes the next AS number.
+    c.option("asNumStep", &T::asNumStep)
+        .check(range(0, 65535))
+        .check([](const T& t) {
+                   return t.asNumMode != 1 || !range(1, 65535)(t.localAsNum) || !range(0, 65535)(t.asNumStep) ||
+                          stepsFit(unsigned(t.localAsNum), (long long)t.work().routeRanges.Size(), unsigned(t.asNumStep), 65535);
+               },
+               "TCLBgp4Neighbor::Validate()   asNumStep runs past AS number 65535 from localAsNum over the route ranges.")
+        .maps(&R::asNumStep);
     c.option("bgpId", &T::bgpId).check(ipv4).maps(&R::bgpId);
     // A hold time is 0 (no keepalives) or at least 3 seconds.
     c.option("holdTime", &T::holdTime)

@@ -2,6 +2,7 @@
 
 #include "bgp4/forms.h"
 #include "binding/collection_methods.h"
+#include "core/span.h"
 
 namespace zk {
 
@@ -64,6 +65,36 @@ namespace {
 
 bool anyIp(const std::string& s) { return ipv4(s) || ipv6(s); }
 
+// Communities and cluster IDs are four bytes each in an attribute whose
+// length is 16 bits.
+constexpr size_t kMaxFourByteValues = 65535 / 4;
+
+// For each prefix length of the range, its networks stay in the address
+// space (lengths out of their own ranges are refused by their checks).
+bool routesFit(const Bgp4RouteOptions& o) {
+    if (o.fromPrefix < 0 || o.thruPrefix > maxPrefixOf(o.networkAddress) || o.fromPrefix > o.thruPrefix) return true;
+    for (int length = o.fromPrefix; length <= o.thruPrefix; ++length)
+        if (!networksFit(o.networkAddress, length, o.numberOfRoutes, o.routeStep)) return false;
+    return true;
+}
+
+// The routes of a range: numberOfRoutes of each prefix length.
+long long routeCount(const Bgp4RouteOptions& o) {
+    long long lengths = o.fromPrefix >= 0 && o.thruPrefix >= o.fromPrefix ? o.thruPrefix - o.fromPrefix + 1 : 1;
+    return (long long)o.numberOfRoutes * lengths;
+}
+
+// RFC 7606: a segment of unknown type, or a set of no AS, is a malformed
+// AS_PATH.
+bool wellFormedPath(const hal::EBGP::ConfigRoutes& r) {
+    bool good = true;
+    r.asPath.ForEach([&](const hal::EBGP::ConfigAsPathSegment& seg) {
+        bool set = seg.type == 1 || seg.type == 4;
+        if (seg.type == 0 || (set && seg.asNumbers.empty())) good = false;
+    });
+    return good;
+}
+
 // Options of Bgp4RouteOptions onto a record derived from ConfigRoutes.
 template <class T>
 void describeRouteOptions(binding::ClassDesc<T>& c) {
@@ -82,9 +113,21 @@ void describeRouteOptions(binding::ClassDesc<T>& c) {
                v + "thruPrefix must not be less than fromPrefix.")
         .maps(&R::thruPrefix);
     c.option("numberOfRoutes", &O::numberOfRoutes).check(atLeast(1)).maps(&R::numberOfRoutes);
-    c.option("routeStep", &O::routeStep).check(atLeast(1)).maps(&R::routeStep);
+    c.option("routeStep", &O::routeStep)
+        .check(atLeast(1))
+        // A range that runs past the end of the address space stops there:
+        // it is taken, and the script is told.
+        .checkWith([msg = v + "numberOfRoutes runs past the address space from networkAddress: the range stops at its end."](
+                       const T& t, Checks& c) {
+            if (c.ok() && !routesFit(t)) setLastError(msg);
+        })
+        .maps(&R::routeStep);
     c.option("origin", &O::origin).check(range(0, 2)).maps(&R::origin);
-    c.option("asPathMode", &O::asPathMode).check(range(0, 5)).maps(&R::asPathMode);
+    c.option("asPathMode", &O::asPathMode)
+        .check(range(0, 5))
+        .check([](const T& t) { return wellFormedPath(t.work()); },
+               v + "An AS path item of type bgpSegmentUnknown, or an AS set of no AS number, is malformed.")
+        .maps(&R::asPathMode);
     c.option("nextHopSetMode", &O::nextHopSetMode).check(range(0, 1)).maps(&R::nextHopSetMode);
     c.option("nextHopMode", &O::nextHopMode).check(range(0, 2)).maps(&R::nextHopMode);
     // A next hop given by hand must be of the routes' family.
@@ -99,6 +142,8 @@ void describeRouteOptions(binding::ClassDesc<T>& c) {
     c.option("med", &O::med).maps(&R::med);
     c.option("communities", &O::communities)
         .check([](const std::string& s) { return bgp4::parseCommunities(s).has_value(); })
+        .check([](const std::string& s) { return bgp4::words(s).size() <= kMaxFourByteValues; },
+               v + "communities holds more than 16383 values.")
         .mapsVia([](const std::string& s) { return bgp4::parseCommunities(s).value_or(std::vector<uint32_t>{}); },
                  bgp4::formatCommunities, &R::communities);
     c.option("enableAtomicAggregate", &O::enableAtomicAggregate).check(boolean).maps(&R::atomicAggregate);
@@ -107,6 +152,8 @@ void describeRouteOptions(binding::ClassDesc<T>& c) {
     c.option("originatorId", &O::originatorId).check(ipv4).maps(&R::originatorId);
     c.option("clusterList", &O::clusterList)
         .check([](const std::string& s) { return bgp4::parseIPv4List(s).has_value(); })
+        .check([](const std::string& s) { return bgp4::words(s).size() <= kMaxFourByteValues; },
+               v + "clusterList holds more than 16383 values.")
         .mapsVia([](const std::string& s) { return bgp4::parseIPv4List(s).value_or(std::vector<hal::EIPAddress>{}); },
                  bgp4::formatAddressList, &R::clusterList);
     c.option("enableFlapping", &O::enableFlapping).check(boolean).maps(&R::flapping);
@@ -139,7 +186,15 @@ void describeLabels(binding::ClassDesc<T>& c, hal::EBGP::ConfigLabels R::*labels
     using O = Bgp4LabelOptions;
     using L = hal::EBGP::ConfigLabels;
     c.option("labelMode", &O::labelMode).check(range(0, 1)).maps(labels, &L::labelMode);
-    c.option("startLabel", &O::startLabel).check(range(16, 1048575)).maps(labels, &L::startLabel);
+    // In increment mode each route takes the next label.
+    c.option("startLabel", &O::startLabel)
+        .check(range(16, 1048575))
+        .check([](const T& t) {
+                   return t.labelMode != 1 || !range(16, 1048575)(t.startLabel) ||
+                          stepsFit(uint64_t(t.startLabel), routeCount(t), 1, 1048575);
+               },
+               c.record().name + "::Validate()   numberOfRoutes runs past the label space from startLabel.")
+        .maps(labels, &L::startLabel);
 }
 
 }  // namespace

@@ -193,7 +193,9 @@ int captureDirCmd(ClientData, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[
     Lab& lab = Lab::instance();
     if (objc > 2) return wrongArgs(interp, 1, objv, "?dir?");
     if (objc == 2 && Tcl_GetCharLength(objv[1]) == 0) {
+        // Tracing writes to the capture directory: without one no port traces.
         lab.captureDir.clear();
+        for (const PortId& id : lab.list()) lab.find(id)->tracing = false;
     } else if (objc == 2) {
         std::string dir = Tcl_GetString(objv[1]);
         Tcl_Obj* path = Tcl_FSGetNormalizedPath(nullptr, objv[1]);

@@ -1,9 +1,13 @@
 #include "chassis/emulated_port.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
 
 #include "chassis/lab.h"
 #include "core/errors.h"
@@ -24,6 +28,30 @@ std::string traceTimestamp() {
     size_t n = std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &utc);
     std::snprintf(text + n, sizeof text - n, ".%03d", int(ms));
     return text;
+}
+
+// Writes `data` to the regular file `path`, made if missing, appended to or
+// replaced. Anything else there (a FIFO, a device, a directory) is left
+// alone: it is opened without waiting for a reader and never written.
+// Returns "" or why nothing was written, for the host log.
+std::string writeRegularFile(const std::string& path, std::string_view data, bool append) {
+    int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | (append ? O_APPEND : 0), 0644);
+    struct stat st {};
+    if (fd < 0)  // a FIFO without a reader refuses a writer that does not wait
+        return path + (::stat(path.c_str(), &st) == 0 && !S_ISREG(st.st_mode) ? " is not a regular file" : " could not be written");
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return path + " is not a regular file";
+    }
+    bool good = append || ::ftruncate(fd, 0) == 0;
+    while (good && !data.empty()) {
+        ssize_t n = ::write(fd, data.data(), data.size());
+        if (n < 0 && errno == EINTR) continue;
+        good = n > 0;
+        if (good) data.remove_prefix(size_t(n));
+    }
+    good = ::close(fd) == 0 && good;
+    return good ? "" : path + " could not be written";
 }
 }  // namespace
 
@@ -73,11 +101,8 @@ bool EmulatedPort::store(std::string_view protocol, std::string text, const std:
         std::snprintf(name, sizeof name, "/%06llu-%d.%d.%d-%.*s.json",
                       static_cast<unsigned long long>(++lab.captureSequence), id.chassis, id.card, id.port,
                       int(protocol.size()), protocol.data());
-        std::ofstream out(lab.captureDir + name);
-        out << pretty() << '\n';
-        out.close();
-        if (!out) lab.log("capture of " + std::string(protocol) + " on port " + id.text() + " failed: " +
-                          lab.captureDir + name + " could not be written");
+        if (std::string why = writeRegularFile(lab.captureDir + name, pretty() + '\n', false); !why.empty())
+            lab.log("capture of " + std::string(protocol) + " on port " + id.text() + " failed: " + why);
     }
     return true;
 }
@@ -147,10 +172,9 @@ void EmulatedPort::trace(std::string_view what) const {
     Lab& lab = Lab::instance();
     if (!tracing || lab.captureDir.empty()) return;
     std::string file = lab.captureDir + "/PortTrace.txt";
-    std::ofstream out(file, std::ios::app);
-    out << traceTimestamp() << ' ' << id.text() << ' ' << what << '\n';
-    out.close();
-    if (!out) lab.log("trace of port " + id.text() + " failed: " + file + " could not be written");
+    std::string line = traceTimestamp() + ' ' + id.text() + ' ' + std::string(what) + '\n';
+    if (std::string why = writeRegularFile(file, line, true); !why.empty())
+        lab.log("trace of port " + id.text() + " failed: " + why);
 }
 
 }  // namespace chassis

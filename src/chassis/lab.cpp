@@ -38,7 +38,17 @@ EmulatedPort& Lab::add(const PortId& id) {
     return *slot;
 }
 
-bool Lab::remove(const PortId& id) { return ports_.erase(id) != 0; }
+// A removed port is gone for good: what it learned is forgotten, and it is
+// no longer current (a port added again under its triple is a new port,
+// current only once a server selects it).
+bool Lab::remove(const PortId& id) {
+    auto it = ports_.find(id);
+    if (it == ports_.end()) return false;
+    if (zk::currentPort() == it->second.get()) zk::clearCurrentPort();
+    replies_.forgetPort(id.key());
+    ports_.erase(it);
+    return true;
+}
 
 std::vector<PortId> Lab::list() const {
     std::vector<PortId> ids;

@@ -22,6 +22,10 @@ std::shared_ptr<const LearnedData> ReplyQueue::learned(const std::string& portKe
     return it == learned_.end() ? nullptr : it->second;
 }
 
+void ReplyQueue::forgetPort(const std::string& portKey) {
+    std::erase_if(learned_, [&](const auto& entry) { return std::get<0>(entry.first) == portKey; });
+}
+
 void ReplyQueue::request(const std::string& portKey, const std::string& kind, const std::string& key,
                          std::weak_ptr<void> requester, Callback done) {
     int64_t delay = std::max(0, replyDelayMs);

@@ -29,6 +29,8 @@ public:
                std::shared_ptr<const LearnedData> data);
     std::shared_ptr<const LearnedData> learned(const std::string& portKey, const std::string& kind,
                                                const std::string& key) const;
+    // Forgets everything port `portKey` learned (the port was removed).
+    void forgetPort(const std::string& portKey);
 
     // Queues a reply: the data learned now for (kind, key), or null when
     // nothing was learned. The callback runs only while `requester` lives.

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <climits>
+#include <cstdint>
 #include <string>
 
 #include "core/errors.h"
@@ -58,6 +59,11 @@ struct MaxLength {
 };
 constexpr MaxLength maxLength(size_t n) { return {n}; }
 
+// 255.255.252.0, not 255.0.255.0: the ones, then only zeros.
+inline bool contiguousMask(uint32_t mask) {
+    uint32_t inverted = ~mask;
+    return (inverted & (inverted + 1)) == 0;
+}
 inline bool ipv4(const std::string& text) { return parseIPv4(text).has_value(); }
 inline bool ipv6(const std::string& text) { return parseIPv6(text).has_value(); }
 inline bool bytes(const std::string& text) { return parseBytes(text).has_value(); }

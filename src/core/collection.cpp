@@ -17,4 +17,13 @@ void clearChildren(Object& parent) {
     for (CollectionBase* c : parent.childCollections()) c->clearQuiet();
 }
 
+void renameIds(std::vector<ItemList>& names, const hal::Renamed& renamed) {
+    if (renamed.empty()) return;
+    for (ItemList& list : names)
+        list.forEach([&](const std::string&, ItemEntry& e) {
+            if (auto it = renamed.find(e.id.GetValue()); it != renamed.end()) e.id = it->second;
+            renameIds(e.children, renamed);
+        });
+}
+
 }  // namespace zk

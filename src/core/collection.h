@@ -19,6 +19,7 @@
 #include "util/indexed_list.h"
 #include "core/object.h"
 #include "hal/basic.h"
+#include "hal/identities.h"
 
 namespace zk {
 
@@ -43,6 +44,8 @@ public:
 std::vector<ItemList> snapshotChildren(Object& parent);
 void restoreChildren(Object& parent, const std::vector<ItemList>& names);
 void clearChildren(Object& parent);
+// The names of a stored copy follow the fresh identities of its children.
+void renameIds(std::vector<ItemList>& names, const hal::Renamed& renamed);
 
 // Child must provide:
 //   int  ToRecord(Rec&)          0 when the options converted, else 1
@@ -71,8 +74,13 @@ public:
         if (list->contains(name)) return kFail;
         Rec rec;
         if (child->ToRecord(rec) != 0) return kFail;
+        // A stored copy of its own: its children take fresh identities.
+        hal::Renamed renamed;
+        hal::renewIds(rec, renamed);
         hal::EComponentId id = recs->Add(std::move(rec));
-        list->add(name, ItemEntry{id, snapshotChildren(*child)});
+        std::vector<ItemList> children = snapshotChildren(*child);
+        renameIds(children, renamed);
+        list->add(name, ItemEntry{id, std::move(children)});
         clearChildren(*child);
         return kOk;
     }

@@ -25,4 +25,9 @@ void setGridSize(hal::EGrid& r, int numRows, int numColumns, const char* where) 
                       where, portName(*port), r.cols);
 }
 
+void keepEntryInside(int& entryRow, int& entryColumn, const hal::EGrid& r) {
+    if (r.rows >= 0 && entryRow > r.rows) entryRow = r.rows;
+    if (r.cols >= 0 && entryColumn > r.cols) entryColumn = r.cols;
+}
+
 }  // namespace zk

@@ -11,4 +11,9 @@ namespace zk {
 // the grid and nothing is reported.
 void setGridSize(hal::EGrid& r, int numRows, int numColumns, const char* where);
 
+// The entry point of a grid stays in the grid the port took: a row or a
+// column past a cut grid becomes its last one. The message of the cut
+// count tells the script the grid was cut.
+void keepEntryInside(int& entryRow, int& entryColumn, const hal::EGrid& r);
+
 }  // namespace zk

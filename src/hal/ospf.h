@@ -32,7 +32,11 @@ struct EOSPFNetworkRange : EOSPFGrid {
 
     // Every router originates a router LSA and, on broadcast links, every
     // subnet a network LSA.
-    int CalcNoOfGeneratedLSAs() const { return saturated(routers() + (linkType == 0 ? links() : 0)); }
+    // Summed in 128 bits: a grid of 2^31 by 2^31 has more than 2^63 routers and links.
+    int CalcNoOfGeneratedLSAs() const {
+        __int128 n = __int128(routers()) + (linkType == 0 ? links() : 0);
+        return n > INT32_MAX ? INT32_MAX : n < INT32_MIN ? INT32_MIN : int(n);
+    }
 
     static constexpr auto fields() {
         using R = EOSPFNetworkRange;

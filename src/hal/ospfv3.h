@@ -35,7 +35,11 @@ struct EOSPFv3NetworkRange : EOSPFGrid {
     // Every router originates a router LSA and an intra-area-prefix LSA for
     // its stub prefixes; on broadcast links every subnet adds a network LSA
     // and the intra-area-prefix LSA that refers to it.
-    int CalcNoOfGeneratedLSAs() const { return saturated(2 * routers() + (linkType == 0 ? 2 * links() : 0)); }
+    // Summed in 128 bits: twice the routers and links of a large grid pass 2^63.
+    int CalcNoOfGeneratedLSAs() const {
+        __int128 n = 2 * __int128(routers()) + (linkType == 0 ? 2 * __int128(links()) : 0);
+        return n > INT32_MAX ? INT32_MAX : n < INT32_MIN ? INT32_MIN : int(n);
+    }
 
     static constexpr auto fields() {
         using R = EOSPFv3NetworkRange;

@@ -34,7 +34,11 @@ static binding::Describe<TCLIsisInterface> describeIsisInterface("TCLIsisInterfa
     c.option("enable", &T::enable).check(boolean).maps(&R::enabled);
     c.option("connectToDut", &T::connectToDut).check(boolean).maps(&R::connectedToDut);
     c.option("ipAddress", &T::ipAddress).check(ipv4).maps(&R::address);
-    c.option("ipMask", &T::ipMask).check(ipv4).maps(&R::mask);
+    c.option("ipMask", &T::ipMask)
+        .check(ipv4)
+        .check([](const std::string& m) { return !ipv4(m) || contiguousMask(*parseIPv4(m)); },
+               "TCLIsisInterface::Validate()   ipMask is not a contiguous mask.")
+        .maps(&R::mask);
     c.option("ipV6Address", &T::ipV6Address).check(ipv6).maps(&R::ipv6Address);
     c.option("ipV6PrefixLength", &T::ipV6PrefixLength).check(range(0, 128)).maps(&R::ipv6PrefixLength);
     c.option("networkType", &T::networkType).check(range(1, 2)).maps(&R::networkType);

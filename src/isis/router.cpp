@@ -51,6 +51,15 @@ namespace {
 // Traffic engineering travels in the wide-metric TLVs (22 and 135). Both
 // relations are checked only between values that passed their own checks.
 bool teHasWideMetrics(const TCLIsisRouter& t) { return !(t.enableTrafficEngineering == 1 && t.enableWideMetric == 0); }
+// Narrow metrics (TLVs 2, 128 and 130) carry 6 bits: 0 to 63.
+constexpr uint32_t kMaxNarrowMetric = 63;
+bool narrowMetricsFit(const hal::EISISRouter& r) {
+    bool fit = true;
+    r.interfaces.ForEach([&](const hal::EISISInterface& i) { fit = fit && i.metric <= kMaxNarrowMetric; });
+    r.routeRanges.ForEach([&](const hal::EISISRouteRange& rr) { fit = fit && rr.metric <= kMaxNarrowMetric; });
+    r.grids.ForEach([&](const hal::EISISGrid& g) { fit = fit && g.metric <= kMaxNarrowMetric; });
+    return fit;
+}
 // An LSP is refreshed before it ages out.
 bool refreshedInTime(const TCLIsisRouter& t) {
     bool timers = t.lspRefreshInterval >= 1 && t.lspRefreshInterval <= 65535 && t.lspMaxLifetime >= 1 &&
@@ -73,7 +82,15 @@ static binding::Describe<TCLIsisRouter> describeIsisRouter("TCLIsisRouter", [](a
     c.option("level", &T::level).check(range(1, 3)).maps(&R::level);
     c.option("enableDynamicHostname", &T::enableDynamicHostname).check(boolean).maps(&R::dynamicHostname);
     c.option("hostname", &T::hostname).check(maxLength(255)).maps(&R::hostname);  // TLV 137 holds 255 bytes
-    c.option("enableWideMetric", &T::enableWideMetric).check(boolean).maps(&R::wideMetrics);
+    // A router with narrow metrics and a metric above 63 is taken, and the
+    // script is told.
+    c.option("enableWideMetric", &T::enableWideMetric)
+        .check(boolean)
+        .checkWith([](const T& t, Checks& c) {
+            if (c.ok() && t.enableWideMetric == 0 && !narrowMetricsFit(t.work()))
+                setLastError("TCLIsisRouter::Validate()   A metric above 63 needs enableWideMetric.");
+        })
+        .maps(&R::wideMetrics);
     c.option("enableTrafficEngineering", &T::enableTrafficEngineering)
         .check(boolean)
         .check(teHasWideMetrics, "TCLIsisRouter::Validate()   enableTrafficEngineering needs enableWideMetric.")

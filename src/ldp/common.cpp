@@ -1,5 +1,6 @@
 #include "ldp/common.h"
 
+#include "core/checks.h"
 #include "core/parse.h"
 
 namespace zk::ldp {
@@ -13,9 +14,7 @@ bool labelsFit(int labelMode, long long first, long long count) {
 
 bool ipv4Mask(const std::string& text) {
     auto mask = parseIPv4(text);
-    if (!mask) return false;
-    uint32_t inverted = ~*mask;
-    return (inverted & (inverted + 1)) == 0;
+    return mask && contiguousMask(*mask);
 }
 
 }  // namespace zk::ldp

@@ -2,6 +2,7 @@
 
 #include "binding/collection_methods.h"
 #include "core/mac_address.h"
+#include "core/span.h"
 #include "ldp/common.h"
 
 namespace zk {
@@ -16,10 +17,14 @@ bool knownType(int type) {
     return false;
 }
 
-// The last of `count` values from `first` by `step` is at most `last`.
-bool stepsFit(uint64_t first, long long step, long long count, uint64_t last) {
-    if (count < 1 || step < 0 || first > last) return true;  // refused by their own checks
-    return step == 0 || uint64_t(count - 1) <= (last - first) / uint64_t(step);
+// On a VLAN interface each VC of a range takes the next VLAN ID by the
+// range's step, up to 4094.
+bool vlansFit(const hal::ELdpL2VpnInterface& r) {
+    bool fit = true;
+    r.vcRanges.ForEach([&](const hal::ELdpL2VpnVcRange& vc) {
+        fit = fit && stepsFit(uint64_t(vc.firstVlanId), (long long)vc.count, uint64_t(vc.vlanIdStep), 4094);
+    });
+    return fit;
 }
 
 }  // namespace
@@ -41,7 +46,7 @@ static binding::Describe<TCLLdpL2VpnVcRange> describeLdpL2VpnVcRange("TCLLdpL2Vp
     c.option("vcIdStep", &T::vcIdStep).check(range(1, UINT32_MAX)).maps(&R::vcIdStep);
     c.option("count", &T::count)
         .check(atLeast(1))
-        .check([](const T& t) { return stepsFit(t.firstVcId, t.vcIdStep, t.count, UINT32_MAX); },
+        .check([](const T& t) { return stepsFit(t.firstVcId, t.count, t.vcIdStep, UINT32_MAX); },
                "TCLLdpL2VpnVcRange::Validate()   count runs past the last VC ID from firstVcId.")
         .maps(&R::count);
     c.option("labelMode", &T::labelMode).check(boolean).maps(&R::labelMode);
@@ -66,8 +71,14 @@ static binding::Describe<TCLLdpVplsMacRange> describeLdpVplsMacRange("TCLLdpVpls
     c.option("count", &T::count).check(atLeast(1)).maps(&R::count);
     c.option("step", &T::step)
         .check(atLeast(1))
-        .check([](const T& t) { return !validMac(t.firstMac) || stepsFit(*parseMac(t.firstMac), t.step, t.count, kLastMac); },
+        .check([](const T& t) { return !validMac(t.firstMac) || t.step < 0 || stepsFit(*parseMac(t.firstMac), t.count, uint64_t(t.step), kLastMac); },
                "TCLLdpVplsMacRange::Validate()   count runs past the last MAC address from firstMac.")
+        // A range that starts at a group address is taken, and the script is told.
+        .checkWith([](const T& t, Checks& c) {
+            auto first = parseMac(t.firstMac);
+            if (c.ok() && first && (*first >> 40 & 1) != 0)
+                setLastError("TCLLdpVplsMacRange::Validate()   firstMac is a group address.");
+        })
         .maps(&R::step);
     c.option("vlanId", &T::vlanId).check(range(0, 4094)).maps(&R::vlanId);
     c.method("setDefault", &T::setDefault);
@@ -82,6 +93,8 @@ static binding::Describe<TCLLdpL2VpnInterface> describeLdpL2VpnInterface("TCLLdp
         .check(knownType)
         .check([](const T& t) { return t.type == hal::kL2VpnEthernetVpls || t.work().macRanges.Size() == 0; },
                "TCLLdpL2VpnInterface::Validate()   MAC ranges need type l2VpnInterfaceEthernetVPLS.")
+        .check([](const T& t) { return t.type != hal::kL2VpnVlan || vlansFit(t.work()); },
+               "TCLLdpL2VpnInterface::Validate()   The VLAN IDs of a VC range run past 4094 from its firstVlanId.")
         .maps(&R::type);
     c.option("groupId", &T::groupId).check(range(0, UINT32_MAX)).maps(&R::groupId);
     c.option("mtu", &T::mtu).check(range(1, 65535)).maps(&R::mtu);

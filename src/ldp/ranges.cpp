@@ -1,5 +1,6 @@
 #include "ldp/ranges.h"
 
+#include "core/span.h"
 #include "ldp/common.h"
 
 namespace zk {
@@ -9,10 +10,7 @@ namespace {
 // Whether `count` networks of the prefix length, one after the other from
 // the first, stay within the IPv4 address space.
 bool prefixesFit(const LdpFecPrefixOptions& o) {
-    auto first = parseIPv4(o.networkAddress);
-    if (!first || o.prefixLength < 0 || o.prefixLength > 32 || o.numberOfNetworks < 1) return true;  // refused elsewhere
-    const uint64_t block = uint64_t(1) << (32 - o.prefixLength);
-    return uint64_t(o.numberOfNetworks - 1) <= (uint64_t(UINT32_MAX) - *first) / block;
+    return !ipv4(o.networkAddress) || networksFit(o.networkAddress, o.prefixLength, o.numberOfNetworks);
 }
 
 // The lines both ranges begin with; `T` names itself in the messages.

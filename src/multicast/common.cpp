@@ -1,12 +1,11 @@
 #include "multicast/common.h"
 
 #include "core/parse.h"
+#include "core/span.h"
 
 namespace zk::mcast {
 
 namespace {
-
-using Wide = unsigned __int128;
 
 // The address as one number, for either family.
 bool addressValue(const std::string& text, bool v6, Wide& out) {
@@ -47,9 +46,8 @@ bool rangeFits(const std::string& first, long long count, long long step, bool v
     Wide v;
     if (count < 1 || step < 0 || !addressValue(first, v6, v)) return true;
     const Wide top = v6 ? ~Wide(0) : Wide(0xFFFFFFFF);
-    const Wide span = Wide(uint64_t(count - 1)) * Wide(uint64_t(step));
-    if (span > top - v) return false;
-    const Wide last = v + span;
+    if (!stepsFit(v, count, Wide(uint64_t(step)), top)) return false;
+    const Wide last = v + Wide(uint64_t(count - 1)) * Wide(uint64_t(step));
     switch (space) {
     case Space::Groups:
         return !isGroup(v, v6) || isGroup(last, v6);

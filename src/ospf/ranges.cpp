@@ -38,6 +38,7 @@ int TCLOspfNetworkRange::intoRecordRest(hal::EOSPFNetworkRange& r) {
     const char* where = "TCLOspfNetworkRange::SetOspfNetworkRange()";
     setGridSize(r, numRows, numColumns, where);
     setGridSize(r, numRows, numColumns, where);
+    keepEntryInside(r.entryRow, r.entryCol, r);
     loadGridCounts(*this, r);
     return kOk;
 }

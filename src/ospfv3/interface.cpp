@@ -66,7 +66,15 @@ static binding::Describe<TCLOspfV3Interface> describeOspfV3Interface("TCLOspfV3I
     c.option("options", &T::options).check(range(0, 63)).maps(&R::options);  // ospfV3InterfaceOption* bits
     c.option("priority", &T::priority).check(range(0, 255)).maps(&R::priority);
     c.option("helloInterval", &T::helloInterval).check(range(1, 65535)).maps(&R::hello);
-    c.option("deadInterval", &T::deadInterval).check(range(1, 65535)).maps(&R::dead);
+    // A dead interval no longer than the hello interval ends adjacencies
+    // between hellos: taken, and the script is told.
+    c.option("deadInterval", &T::deadInterval)
+        .check(range(1, 65535))
+        .checkWith([](const T& t, Checks& c) {
+            if (c.ok() && t.deadInterval <= t.helloInterval)
+                setLastError("TCLOspfV3Interface::Validate()   deadInterval must be above helloInterval.");
+        })
+        .maps(&R::dead);
     c.option("metric", &T::metric).check(range(0, 65535)).maps(&R::metric);
     c.option("mtuSize", &T::mtuSize).checkWith(checkMtu).maps(&R::mtu);
     c.option("protocolInterfaceDescription", &T::protocolInterfaceDescription).maps(&R::interfaceDescription);

@@ -2,6 +2,7 @@
 
 #include "core/ospf_grid_ranges.h"
 #include "core/parse.h"
+#include "core/span.h"
 
 namespace zk {
 
@@ -16,7 +17,11 @@ static binding::Describe<TCLOspfV3RouteRange> describeOspfV3RouteRange("TCLOspfV
     c.option("metric", &T::metric).check(range(0, 0xFFFFFF)).maps(&R::metric);
     c.option("numberOfNetworks", &T::numberOfNetworks).check(atLeast(0)).maps(&R::routes);
     c.option("prefix", &T::prefix).check(range(0, 128)).maps(&R::prefixLength);
-    c.option("networkIpAddress", &T::networkIpAddress).check(ipv6).maps(&R::network);
+    c.option("networkIpAddress", &T::networkIpAddress)
+        .check(ipv6)
+        .check([](const T& t) { return !ipv6(t.networkIpAddress) || networksFit(t.networkIpAddress, t.prefix, t.numberOfNetworks); },
+               "TCLOspfV3RouteRange::Validate()   numberOfNetworks runs past the address space from networkIpAddress.")
+        .maps(&R::network);
     c.method("setDefault", &T::setDefault);
 });
 
@@ -26,6 +31,7 @@ int TCLOspfV3NetworkRange::intoRecordRest(hal::EOSPFv3NetworkRange& r) {
     r.firstSubnet = hal::EIPMaskedAddress(anyAddress(firstSubnetIpAddress), maskWidth);
     r.bits = uint8_t((enableBBit ? 1 : 0) + (enableEBit ? 2 : 0));
     setGridSize(r, numRows, numColumns, "TCLOspfV3NetworkRange::SetOspfV3NetworkRange()");
+    keepEntryInside(r.entryRow, r.entryCol, r);
     loadGridCounts(*this, r);
     return kOk;
 }
@@ -46,7 +52,10 @@ static binding::Describe<TCLOspfV3NetworkRange> describeOspfV3NetworkRange("TCLO
         .check([](const T& t) { return t.entryPointColumn >= 0 && t.entryPointColumn <= t.numColumns; })
         .maps(&R::entryCol);
     c.option("numRows", &T::numRows).check(atLeast(0));
-    c.option("numColumns", &T::numColumns).check(atLeast(0));
+    c.option("numColumns", &T::numColumns)
+        .check(atLeast(0))
+        .check([](const T& t) { return t.numRows != 0 || t.numColumns != 0; },
+               "TCLOspfV3NetworkRange::Validate()   A grid of 0 by 0 has no router.");
     c.option("firstRouterId", &T::firstRouterId).check(ipv4).maps(&R::firstRouterId);
     c.option("routerIdIncrementBy", &T::routerIdIncrementBy).check(ipv4).mapsVia(step, formatIPv4, &R::routerIdStep);
     c.option("firstSubnetIpAddress", &T::firstSubnetIpAddress).check(ipv6);

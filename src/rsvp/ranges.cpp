@@ -1,5 +1,9 @@
 #include "rsvp/ranges.h"
 
+#include <initializer_list>
+
+#include "core/span.h"
+
 namespace zk {
 
 TCLRsvpSenderRange::TCLRsvpSenderRange(TCLRsvpPlrNodeIdPair* pPlrNodeIdPair, TCLRsvpCustomTlv* pCustomTlv)
@@ -21,6 +25,15 @@ TCLRsvpDestinationRange::TCLRsvpDestinationRange(TCLRsvpEroItem* pEroItem, TCLRs
 
 namespace {
 std::string rsvpRangeDotted(const hal::EIPAddress& a) { return a.ToString(); }
+
+// An RSVP object counts its bytes in 16 bits, its 4-byte header included.
+constexpr size_t kMaxObjectData = 65535 - 4;
+bool tlvsFit(std::initializer_list<const hal::ERSVPCustomTLVList*> lists) {
+    for (const auto* list : lists)
+        for (const auto& tlv : *list)
+            if (tlv.data.bytes.size() > kMaxObjectData) return false;
+    return true;
+}
 }  // namespace
 
 static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSenderRange", [](auto& c) {
@@ -28,9 +41,22 @@ static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSen
     using R = hal::ERSVPConfigSenderRange;
     c.template constructor<TCLRsvpPlrNodeIdPair*, TCLRsvpCustomTlv*>("pPlrNodeIdPair", "pCustomTlv");
     c.option("senderIpStart", &T::senderIpStart).check(ipv4).mapsVia(rsvpIPv4, rsvpRangeDotted, &R::firstSender);
-    c.option("senderCount", &T::senderCount).check(atLeast(1)).maps(&R::senderCount);
+    c.option("senderCount", &T::senderCount)
+        .check(atLeast(1))
+        .check([](const T& t) { return !ipv4(t.senderIpStart) || addressesFit(t.senderIpStart, t.senderCount); },
+               "TCLRsvpSenderRange::Validate()   senderCount runs past the address space from senderIpStart.")
+        .maps(&R::senderCount);
     c.option("lspIdStart", &T::lspIdStart).check(range(0, 65535)).maps(&R::firstLspId);
-    c.option("lspIdIncrement", &T::lspIdIncrement).check(range(0, 65535)).maps(&R::lspIdIncrement);
+    // Each sender takes the next LSP ID, a 16-bit number.
+    c.option("lspIdIncrement", &T::lspIdIncrement)
+        .check(range(0, 65535))
+        // Senders past the last LSP ID are taken without one: the script is told.
+        .checkWith([](const T& t, Checks& c) {
+            if (c.ok() && range(0, 65535)(t.lspIdStart) && range(0, 65535)(t.lspIdIncrement) &&
+                !stepsFit(unsigned(t.lspIdStart), t.senderCount, unsigned(t.lspIdIncrement), 65535))
+                setLastError("TCLRsvpSenderRange::Validate()   senderCount runs past LSP ID 65535 from lspIdStart.");
+        })
+        .maps(&R::lspIdIncrement);
     c.option("tokenBucketRate", &T::tokenBucketRate).check(atLeast(0)).maps(&R::tokenBucketRate);
     c.option("tokenBucketSize", &T::tokenBucketSize).check(atLeast(0)).maps(&R::tokenBucketSize);
     c.option("peakDataRate", &T::peakDataRate).check(atLeast(0)).maps(&R::peakDataRate);
@@ -52,7 +78,10 @@ static binding::Describe<TCLRsvpSenderRange> describeRsvpSenderRange("TCLRsvpSen
     // Affinities are 32-bit masks: every value is one.
     c.option("includeAny", &T::includeAny).maps(&R::includeAny);
     c.option("excludeAny", &T::excludeAny).maps(&R::excludeAny);
-    c.option("includeAll", &T::includeAll).maps(&R::includeAll);
+    c.option("includeAll", &T::includeAll)
+        .check([](const T& t) { return tlvsFit({&t.work().pathErrTlvs}); },
+               "TCLRsvpSenderRange::Validate()   A custom TLV holds more than 65531 bytes of data.")
+        .maps(&R::includeAll);
     c.method("setDefault", &T::setDefault);
     describeWalk<&T::plrs>(c, "Plr", "clearAllPlr");
     describeWalk<&T::pathErrTlvs>(c, "PathErrTlv", "clearPathErrTlvList");
@@ -67,7 +96,11 @@ static binding::Describe<TCLRsvpDestinationRange> describeRsvpDestinationRange("
     c.option("tunnelIpStart", &T::tunnelIpStart)
         .check(ipv4)
         .mapsVia(rsvpIPv4, rsvpRangeDotted, &R::firstTunnelEndPoint);
-    c.option("tunnelCount", &T::tunnelCount).check(atLeast(1)).maps(&R::tunnelCount);
+    c.option("tunnelCount", &T::tunnelCount)
+        .check(atLeast(1))
+        .check([](const T& t) { return !ipv4(t.tunnelIpStart) || addressesFit(t.tunnelIpStart, t.tunnelCount); },
+               "TCLRsvpDestinationRange::Validate()   tunnelCount runs past the address space from tunnelIpStart.")
+        .maps(&R::tunnelCount);
     c.option("behavior", &T::behavior).check(range(0, 1)).maps(&R::behavior);
     c.option("endPointType", &T::endPointType).check(range(0, 1)).maps(&R::endPointType);
     c.option("eroMode", &T::eroMode).check(range(0, 2)).maps(&R::eroMode);
@@ -101,7 +134,14 @@ static binding::Describe<TCLRsvpDestinationRange> describeRsvpDestinationRange("
         .check(boolean)
         .maps(&R::nodeProtectionDesired);
     // The session name travels with a one-byte length.
-    c.option("sessionName", &T::sessionName).check(maxLength(255)).maps(&R::sessionName);
+    c.option("sessionName", &T::sessionName)
+        .check(maxLength(255))
+        .check([](const T& t) {
+                   const auto& r = t.work();
+                   return tlvsFit({&r.pathTlvs, &r.resvTlvs, &r.resvErrTlvs, &r.resvTearTlvs});
+               },
+               "TCLRsvpDestinationRange::Validate()   A custom TLV holds more than 65531 bytes of data.")
+        .maps(&R::sessionName);
     c.method("setDefault", &T::setDefault);
     describeWalk<&T::eros>(c, "Ero", "clearAllEro");
     describeWalk<&T::rros>(c, "Rro", "clearAllRro");

@@ -364,6 +364,9 @@ set learnKinds [offered zkchassis::learn ?]
 set tmp [file join [expr {[info exists env(TMPDIR)] ? $env(TMPDIR) : "/tmp"}] zkfuzz-[pid]]
 file mkdir $tmp
 close [open $tmp/file w]
+# A FIFO where the port trace and the first captures go: writing there must
+# neither block nor fail the send.
+catch {exec mkfifo $tmp/PortTrace.txt $tmp/000001-1.1.1-rip.json}
 set pool(dir) [list "" $tmp $tmp/ $tmp/file /proc /no/such/dir "$tmp\u0000x" /]
 
 # ---------------------------------------------------------------- arguments
@@ -688,7 +691,7 @@ proc libraryWords {cmd} {
 
 proc chassisCall {} {
     lassign [randomPort] c d p
-    switch [upto 12] {
+    switch [upto 13] {
         0 { call zkchassis::port any [list zkchassis::port add $c $d $p {*}[portOption]] }
         1 { call zkchassis::port any [list zkchassis::port configure $c $d $p {*}[portOption] {*}[portOption]] }
         2 { call zkchassis::port any [list zkchassis::port cget $c $d $p [lindex [portOption] 0]] }
@@ -715,6 +718,7 @@ proc chassisCall {} {
         }
         10 { call zkchassis::configure any [list zkchassis::configure -replyDelay [pick {0 0 1 -1 2147483647 2147483648 x}]]
              call update any update }
+        11 { call zkchassis::trace any [list zkchassis::trace $c $d $p {*}[pick {{} on on off 1 0 true maybe 2 {on off}}]] }
         default {
             call zkchassis::reset any [list zkchassis::reset {*}[pick {{} {} -empty -x}]]
         }

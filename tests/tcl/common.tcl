@@ -45,6 +45,32 @@ proc outcome {args} {
     list $code [expr {$code == 0 ? "" : $::zkErrorInfo}]
 }
 
+# checkTable for cases of options and the expected {result message}, where
+# a value that is taken may be reported: after a success the message is the
+# suite's lastError unless it is what plantMessage left ("" then, and in a
+# suite without plantMessage). Gives the cases that differ.
+proc reportTable {obj prepare add cases} {
+    set planting [expr {[info procs ::plantMessage] ne ""}]
+    set bad {}
+    foreach {options expected} $cases {
+        freshTree
+        uplevel #0 $prepare
+        if {$planting} { plantMessage }
+        $obj configure {*}$options
+        set ::zkErrorInfo ""
+        set code [uplevel #0 $add]
+        if {$code != 0} {
+            set message $::zkErrorInfo
+        } elseif {$planting && [set left [lastError]] ne $::planted} {
+            set message $left
+        } else {
+            set message ""
+        }
+        if {[list $code $message] ne $expected} { lappend bad $options [list $code $message] }
+    }
+    return $bad
+}
+
 proc jsonHas {json key value} { expr {[string first "\"$key\":$value" $json] >= 0} }
 proc optionValues {obj options} { concat {*}[lmap opt $options {list $opt [$obj cget -$opt]}] }
 

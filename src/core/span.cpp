@@ -1,0 +1,43 @@
+#include "core/span.h"
+
+#include "core/parse.h"
+
+namespace zk {
+
+bool stepsFit(Wide first, long long count, Wide step, Wide last) {
+    if (count < 1 || first > last || step == 0) return true;
+    return Wide(uint64_t(count - 1)) <= (last - first) / step;
+}
+
+std::optional<AddressNumber> addressNumber(const std::string& text) {
+    if (auto a = parseIPv4(text)) return AddressNumber{*a, false};
+    auto a = parseIPv6(text);
+    if (!a) return std::nullopt;
+    Wide v = 0;
+    for (uint8_t b : *a) v = (v << 8) | b;
+    return AddressNumber{v, true};
+}
+
+namespace {
+
+Wide familyEnd(bool v6) { return v6 ? ~Wide(0) : Wide(0xFFFFFFFFu); }
+
+}  // namespace
+
+bool networksFit(const std::string& address, int length, long long count, long long step) {
+    auto a = addressNumber(address);
+    if (!a || count < 1 || step < 0) return true;
+    const int width = a->v6 ? 128 : 32;
+    if (length < 0 || length > width) return true;
+    if (length == 0) return count == 1 || step == 0;
+    // Networks of this length after the one that holds the address.
+    const Wide after = (familyEnd(a->v6) - a->value) >> (width - length);
+    return stepsFit(0, count, Wide(uint64_t(step)), after);
+}
+
+bool addressesFit(const std::string& address, long long count, Wide step) {
+    auto a = addressNumber(address);
+    return !a || stepsFit(a->value, count, step, familyEnd(a->v6));
+}
+
+}  // namespace zk

@@ -1,0 +1,48 @@
+// The one rule for ranges that count on from a first value, at the end of
+// each space and with spans past 64 bits.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+
+#include "core/span.h"
+
+namespace {
+
+TEST(Span, NetworksStayInTheirFamily) {
+    const struct {
+        std::string address;
+        int length;
+        long long count, step;
+        bool fits;
+    } cases[] = {
+        {"255.255.254.7", 24, 2, 1, true},  // cut to its network first
+        {"255.255.255.0", 24, 2, 1, false},
+        {"200.0.0.0", 32, 2147483647, 2147483647, false},  // would wrap in 32 bits
+        {"100.0.0.0", 32, 3, 1 << 30, true},
+        {"0.0.0.0", 0, 1, 1, true},
+        {"0.0.0.0", 0, 5, 1, false},
+        {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ff00", 120, 2, 1, false},
+        {"::", 128, LLONG_MAX, LLONG_MAX, true},
+        {"8000::", 1, 2, 1, false},
+        {"1.2.3", 24, 100, 1, true},  // what other checks refuse passes
+        {"255.255.255.0", 33, 10, 1, true},
+        {"255.255.255.0", 24, 10, 0, true},  // a step of 0 repeats the first network
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(zk::networksFit(c.address, c.length, c.count, c.step), c.fits) << c.address << "/" << c.length;
+}
+
+TEST(Span, StepsAndAddressesStopAtTheLastValue) {
+    const zk::Wide all = ~zk::Wide(0);
+    EXPECT_TRUE(zk::stepsFit(0, 3, 32767, 65535));
+    EXPECT_FALSE(zk::stepsFit(0, 4, 32767, 65535));
+    EXPECT_TRUE(zk::stepsFit(all - 4, 3, 2, all));
+    EXPECT_FALSE(zk::stepsFit(all - 4, 4, 2, all));
+    EXPECT_TRUE(zk::stepsFit(5, 0, 1, 4));
+    EXPECT_FALSE(zk::addressesFit("255.255.255.254", 3));
+    EXPECT_FALSE(zk::addressesFit("0.0.0.1", 3, 0x80000000u));
+    EXPECT_TRUE(zk::addressesFit("ffff:ffff:ffff:ffff:ffff:ffff:ffff:fffe", 2));
+}
+
+}  // namespace

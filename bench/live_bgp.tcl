@@ -21,9 +21,6 @@ if {$why ne ""} {
 }
 lab::sweep
 
-proc check {what code} {
-    if {$code != 0} { error "$what failed ($code): $::zkErrorInfo" }
-}
 
 # FRR in namespace `dut` at 10.95.0.1, the sender at 10.95.0.2 in `sender`.
 proc frrConf {} {
@@ -65,28 +62,8 @@ proc lab {} {
 
 # The port.
 lassign [lab] sender senderIf frr
-zkchassis::reset
-zkchassis::port configure 1 1 1 -netns $sender -interface $senderIf
-TCLProtocolServer services
-services configure -enableBgp4Service 1
-check "services set" [services set 1 1 1]
-check "services write" [services write 1 1 1]
-TCLBgp4AsPathItem segment
-TCLBgp4ExtendedCommunity extCommunity
-TCLBgp4RouteRange range [segment cget -this] [extCommunity cget -this]
-TCLBgp4VpnRouteRange vpnRange
-TCLBgp4RouteTarget target
-TCLBgp4L3Site site [vpnRange cget -this] [target cget -this]
-TCLBgp4MplsRouteRange mplsRange
-TCLBgp4PrefixFilter prefixFilter
-TCLBgp4RouteFilter routeFilter
-TCLBgp4InternalNeighborItem internalPeer
-TCLBgp4InternalTable internalTable [internalPeer cget -this]
-TCLBgp4LearnedRoute learned
-TCLBgp4Neighbor peer {*}[lmap o {range site mplsRange prefixFilter routeFilter internalTable learned} { $o cget -this }]
-TCLBgp4Server bgp [peer cget -this]
-check "select" [bgp select 1 1 1]
-check "set" [bgp set]
+source [file join $here .. tests live bgp_objects.tcl]
+bindBgpPort $sender $senderIf
 range configure -networkAddress 20.0.0.0 -fromPrefix 24 -thruPrefix 24 -numberOfRoutes $routes
 check "addRouteRange" [peer addRouteRange block]
 peer configure -type $bgp4NeighborExternal -localIpAddress 10.95.0.2 -dutIpAddress 10.95.0.1 -localAsNum 65002 \

@@ -146,14 +146,22 @@ void Netlink::transact(nlmsghdr* request, Callback cb, void* data, const std::st
     }
 }
 
-std::optional<LinkInfo> Netlink::getLink(int ifindex, const std::string& ifname) {
-    char buf[MNL_SOCKET_BUFFER_SIZE];
+namespace {
+// A link request of `type` about `ifindex` (0: none) in `buf`.
+nlmsghdr* putLinkRequest(char* buf, uint16_t type, int ifindex) {
     nlmsghdr* nlh = mnl_nlmsg_put_header(buf);
-    nlh->nlmsg_type = RTM_GETLINK;
+    nlh->nlmsg_type = type;
     nlh->nlmsg_flags = NLM_F_REQUEST;
     auto* ifi = static_cast<ifinfomsg*>(mnl_nlmsg_put_extra_header(nlh, sizeof(ifinfomsg)));
     ifi->ifi_family = AF_UNSPEC;
     ifi->ifi_index = ifindex;
+    return nlh;
+}
+}  // namespace
+
+std::optional<LinkInfo> Netlink::getLink(int ifindex, const std::string& ifname) {
+    char buf[MNL_SOCKET_BUFFER_SIZE];
+    nlmsghdr* nlh = putLinkRequest(buf, RTM_GETLINK, ifindex);
     if (!ifname.empty()) mnl_attr_put_strz(nlh, IFLA_IFNAME, ifname.c_str());
     std::vector<LinkInfo> found;
     try {
@@ -178,11 +186,7 @@ std::optional<LinkInfo> Netlink::link(int ifindex) {
 
 std::vector<LinkInfo> Netlink::links() {
     char buf[MNL_SOCKET_BUFFER_SIZE];
-    nlmsghdr* nlh = mnl_nlmsg_put_header(buf);
-    nlh->nlmsg_type = RTM_GETLINK;
-    nlh->nlmsg_flags = NLM_F_REQUEST;
-    auto* ifi = static_cast<ifinfomsg*>(mnl_nlmsg_put_extra_header(nlh, sizeof(ifinfomsg)));
-    ifi->ifi_family = AF_UNSPEC;
+    nlmsghdr* nlh = putLinkRequest(buf, RTM_GETLINK, 0);
     std::vector<LinkInfo> found;
     transact(nlh, onLink, &found, "list interfaces", true);
     return found;
@@ -190,12 +194,8 @@ std::vector<LinkInfo> Netlink::links() {
 
 void Netlink::setLinkUp(int ifindex, bool up) {
     char buf[MNL_SOCKET_BUFFER_SIZE];
-    nlmsghdr* nlh = mnl_nlmsg_put_header(buf);
-    nlh->nlmsg_type = RTM_NEWLINK;
-    nlh->nlmsg_flags = NLM_F_REQUEST;
-    auto* ifi = static_cast<ifinfomsg*>(mnl_nlmsg_put_extra_header(nlh, sizeof(ifinfomsg)));
-    ifi->ifi_family = AF_UNSPEC;
-    ifi->ifi_index = ifindex;
+    nlmsghdr* nlh = putLinkRequest(buf, RTM_NEWLINK, ifindex);
+    auto* ifi = static_cast<ifinfomsg*>(mnl_nlmsg_get_payload(nlh));
     ifi->ifi_change = IFF_UP;
     ifi->ifi_flags = up ? IFF_UP : 0;
     transact(nlh, nullptr, nullptr, std::string("set interface ") + std::to_string(ifindex) + (up ? " up" : " down"));

@@ -36,6 +36,9 @@ struct LearnedMethods {
     const char* noMore;
     bool (*keep)(const T&, const Item&) = nullptr;  // which answered items the list keeps
     size_t (*limit)(const T&) = nullptr;              // how many at most (0: all)
+    // The answer belongs to the key asked about: while the object holds
+    // another key, the list is not in and the walk has no more.
+    bool sameKey = false;
 };
 
 namespace detail {
@@ -58,10 +61,12 @@ struct Learned<Walk, Count> {
         (t.*Walk).send(*currentPort(), m.kind, m.key(t), t.token());
         return kOk;
     }
+    static bool askedNow(const T& t) { return !m.sameKey || (t.*Walk).asked(m.key(t)); }
+
     static int list(T& t) {
         std::function<bool(const Item&)> keep;
         if (m.keep) keep = [&t](const Item& i) { return m.keep(t, i); };
-        if (!(t.*Walk).take(keep, m.limit ? m.limit(t) : 0)) {
+        if (!askedNow(t) || !(t.*Walk).take(keep, m.limit ? m.limit(t) : 0)) {
             setLastError(where(m.list) + "   " + m.noneYet);
             return kFail;
         }
@@ -73,7 +78,7 @@ struct Learned<Walk, Count> {
         return next(t);
     }
     static int next(T& t) {
-        if ((t.*Walk).next()) return kOk;
+        if (askedNow(t) && (t.*Walk).next()) return kOk;
         setLastError(where(m.next) + "   " + m.noMore);
         return kFail;
     }

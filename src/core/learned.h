@@ -4,14 +4,14 @@
 // older one void), and a learned list walked into a read-only staging
 // object. A class declares its learned-list methods with one line of its
 // description (binding/learned_methods.h); only single answers that fill
-// the object's own options (statistics, a bridge, a label table) use
-// LearnedReply directly.
+// the object's own options (statistics, a bridge) use LearnedReply directly.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -99,7 +99,10 @@ public:
 
     void send(Port& port, const char* kind, const std::string& key, std::weak_ptr<void> owner) {
         reply_.send(port, kind, key, std::move(owner));
+        asked_ = key;
     }
+    // Whether the request outstanding or answered asked about `key`.
+    bool asked(const std::string& key) const { return asked_ && *asked_ == key; }
     // Takes the answer once it is in (false: not yet); a port that learned
     // nothing answers with an empty list. `keep` (may be null) chooses the
     // items kept, up to `limit` of them (0: all).
@@ -134,11 +137,13 @@ public:
     }
     void forget() {
         reply_.forget();
+        asked_.reset();
         drop();
     }
 
 private:
     Ref<Staging> staging_;
+    std::optional<std::string> asked_;
     LearnedReply<Data> reply_;
     std::shared_ptr<const Data> data_;
     size_t cursor_ = 0;

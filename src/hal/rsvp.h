@@ -72,19 +72,14 @@ struct ConfigCustomTLV {
     }
 };
 
-// The labels a neighbor pair learned: per tunnel (FEC) its label.
+// The labels a neighbor pair learned: per tunnel (FEC) its label, walked
+// in the order the port answered them.
 struct ConfigLabelTable {
     struct Entry {
         std::string fecDescription;
         uint32_t label = 0;
     };
     std::vector<Entry> entries;
-
-    int GetNumberOfLabels() const { return int(entries.size()); }
-    std::vector<int> GetPositions() const;
-    // "" for a position not in the table.
-    std::string ToStringFECDescription(int position) const;
-    std::string ToStringLabel(int position) const;
 };
 
 }  // namespace ERSVP

@@ -15,7 +15,7 @@ int learnRsvpLabels(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out
     int count;
     Tcl_Obj** labels;
     if (Tcl_ListObjGetElements(interp, objv[2], &count, &labels) != TCL_OK) return TCL_ERROR;
-    auto data = std::make_shared<LearnedRsvpLabels>();
+    auto data = std::make_shared<LearnedItems<LearnedRsvpLabel>>();
     for (int i = 0; i < count; ++i) {
         std::string where = "label " + std::to_string(i + 1) + " of the label list: ";
         int n;
@@ -25,7 +25,7 @@ int learnRsvpLabels(Tcl_Interp* interp, Tcl_Obj* const objv[], learn::Filed& out
         Tcl_WideInt label;
         if (Tcl_GetWideIntFromObj(nullptr, pair[1], &label) != TCL_OK || label < 0 || label > 1048575)
             return learn::failed(interp, where + "bad label \"" + Tcl_GetString(pair[1]) + "\": expected 0 to 1048575");
-        data->table.entries.push_back({Tcl_GetString(pair[0]), uint32_t(label)});
+        data->items.push_back({Tcl_GetString(pair[0]), uint32_t(label)});
     }
     return learn::file(interp, out, learnedLabelsKey(*ipv4Address(*ourIp), *ipv4Address(*dutIp)),
                        data);

@@ -1,6 +1,7 @@
 #include "rsvp/neighbor.h"
 
 #include "binding/collection_methods.h"
+#include "binding/learned_methods.h"
 #include "core/parse.h"
 #include "core/port.h"
 #include "core/port_feature.h"
@@ -24,7 +25,7 @@ TCLRsvpNeighborPair::TCLRsvpNeighborPair(TCLRsvpDestinationRange* pDestinationRa
 
 void TCLRsvpNeighborPair::setDefault() {
     Staged::setDefault();
-    labelCursor_ = 0;
+    labels.rewind();
     lsp_tunnel.clear();
     rxLabel.clear();
     numRxLabels = 0;
@@ -32,7 +33,12 @@ void TCLRsvpNeighborPair::setDefault() {
 
 void TCLRsvpNeighborPair::FromRecord(const hal::ERSVPConfigNeighborPair& r) {
     Staged::FromRecord(r);
-    labelCursor_ = 0;
+    labels.rewind();
+}
+
+void TCLRsvpNeighborPair::FromRecord(const LearnedRsvpLabel& learned) {
+    lsp_tunnel = learned.fecDescription;
+    rxLabel = std::to_string(learned.label);
 }
 
 // Refresh reduction is a feature of the port. Without a port, or on a port
@@ -53,58 +59,6 @@ int TCLRsvpNeighborPair::intoRecordRest(hal::ERSVPConfigNeighborPair& r) {
 void TCLRsvpNeighborPair::fromRecordRest(const hal::ERSVPConfigNeighborPair& r) {
     enableRefreshReduction = r.refreshReduction;
     summaryRefreshInterval = int(r.sRefreshInterval);
-}
-
-// ---- learned labels ----
-
-int TCLRsvpNeighborPair::requestRxLabels() {
-    if (int r = mayRequestLearned("TCLRsvpNeighborPair::requestRxLabels()", work().id.IsValid(),
-                                  "The neighbor pair has not been loaded from the server.", kRsvpLabelsKind))
-        return r;
-    labelsReply_.send(*currentPort(), kRsvpLabelsKind, learnedLabelsKey(work().ourIp, work().dutIp), token());
-    requestedFor_ = work().id;
-    positions_.clear();
-    labelCursor_ = 0;
-    return kOk;
-}
-
-// The table answered for this pair; a port that learned nothing answers
-// with an empty one. Null while there is no answer for the pair loaded now.
-const hal::ERSVP::ConfigLabelTable* TCLRsvpNeighborPair::labelTable() {
-    static const hal::ERSVP::ConfigLabelTable kEmpty;
-    if (!currentPort() || !work().id.IsValid() || !(requestedFor_ == work().id)) return nullptr;
-    if (!labelsReply_.arrived()) return nullptr;
-    auto reply = labelsReply_.data();
-    return reply ? &reply->table : &kEmpty;
-}
-
-int TCLRsvpNeighborPair::getLabels() {
-    const hal::ERSVP::ConfigLabelTable* table = labelTable();
-    if (!table) {
-        setLastError("TCLRsvpNeighborPair::getLabels()   No labels have arrived yet.");
-        return kFail;
-    }
-    positions_ = table->GetPositions();
-    numRxLabels = table->GetNumberOfLabels();
-    labelCursor_ = 0;
-    return kOk;
-}
-
-int TCLRsvpNeighborPair::getFirstLabel() {
-    labelCursor_ = 0;
-    return getNextLabel();
-}
-
-int TCLRsvpNeighborPair::getNextLabel() {
-    const hal::ERSVP::ConfigLabelTable* table = labelTable();
-    if (!table || labelCursor_ >= positions_.size()) {
-        setLastError("TCLRsvpNeighborPair::getNextLabel()   No more labels.");
-        return kFail;
-    }
-    int position = positions_[labelCursor_++];
-    lsp_tunnel = table->ToStringFECDescription(position);
-    rxLabel = table->ToStringLabel(position);
-    return kOk;
 }
 
 namespace {
@@ -150,10 +104,19 @@ static binding::Describe<TCLRsvpNeighborPair> describeRsvpNeighborPair("TCLRsvpN
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::destinationRanges>(c, "DestinationRange", "destId", "clearAllDestinationRange");
     describeWalk<&T::helloTlvs>(c, "HelloTlv", "clearHelloTlvList");
-    c.method("requestRxLabels", &T::requestRxLabels);
-    c.method("getLabels", &T::getLabels);
-    c.method("getFirstLabel", &T::getFirstLabel);
-    c.method("getNextLabel", &T::getNextLabel);
+    // The answer is the pair's asked about: another pair loaded has none.
+    describeLearned<&T::labels, &T::numRxLabels>(
+        c, {.kind = kRsvpLabelsKind,
+            .notLoaded = "The neighbor pair has not been loaded from the server.",
+            .key = [](const T& t) { return learnedLabelsKey(t.work().ourIp, t.work().dutIp); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestRxLabels",
+            .list = "getLabels",
+            .first = "getFirstLabel",
+            .next = "getNextLabel",
+            .noneYet = "No labels have arrived yet.",
+            .noMore = "No more labels.",
+            .sameKey = true});
 });
 
 int TCLRsvpServer::select(int chasID, int cardID, int portID) {

@@ -19,10 +19,8 @@
 namespace zk {
 
 // What a port answers to a label request: the labels learned on the pair
-// of one emulated address and one DUT address.
-struct LearnedRsvpLabels : zk::LearnedData {
-    hal::ERSVP::ConfigLabelTable table;
-};
+// of one emulated address and one DUT address, per tunnel.
+using LearnedRsvpLabel = hal::ERSVP::ConfigLabelTable::Entry;
 inline constexpr const char* kRsvpLabelsKind = "rsvpLabels";
 std::string learnedLabelsKey(const hal::EIPAddress& ourIp, const hal::EIPAddress& dutIp);
 
@@ -56,26 +54,15 @@ public:
     RsvpDestinationRangeList destinationRanges;
     WalkList<TCLRsvpCustomTlv, &hal::ERSVPConfigNeighborPair::helloTlvs> helloTlvs;
 
-    void setDefault();
-    // Learned labels: request (0 sent; 100 no port or a pair not loaded
-    // from the server; 1 the port cannot be asked), poll (0 the table is in,
-    // 1 not yet), walk (0; 1 no more).
-    int requestRxLabels();
-    int getLabels();
-    int getFirstLabel();
-    int getNextLabel();
+    // Learned labels (requestRxLabels, getLabels, getFirstLabel,
+    // getNextLabel): the walk fills the pair's own -lsp_tunnel and -rxLabel.
+    LearnedWalk<LearnedRsvpLabel, TCLRsvpNeighborPair> labels{this};
 
+    void setDefault();
     void FromRecord(const hal::ERSVPConfigNeighborPair& r);
+    void FromRecord(const LearnedRsvpLabel& learned);
     int intoRecordRest(hal::ERSVPConfigNeighborPair& r);
     void fromRecordRest(const hal::ERSVPConfigNeighborPair& r);
-
-private:
-    const hal::ERSVP::ConfigLabelTable* labelTable();
-
-    LearnedReply<LearnedRsvpLabels> labelsReply_;
-    hal::EComponentId requestedFor_;  // the pair the outstanding request asked about
-    std::vector<int> positions_;
-    size_t labelCursor_ = 0;
 };
 
 class TCLRsvpServer : public Server<hal::ERSVPServer> {

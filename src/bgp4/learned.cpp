@@ -34,8 +34,9 @@ static binding::Describe<TCLBgp4LearnedRoute> describeBgp4LearnedRoute("TCLBgp4L
                  [](const std::string& s) { return s; }, &R::routeDistinguisher)
         .learned([](const std::string& s) { return s.empty() || bgp4::parseAdministratorText(s).has_value(); });
     c.readOnly("routeTargets", &T::routeTargets)
-        .mapsVia([](const std::string& s) { return bgp4::parseAdministratorList(s).value_or(std::vector<std::string>{}); },
-                 bgp4::formatTextList, &R::routeTargets)
+        .mapsVia(
+            [](const std::string& s) { return bgp4::parseAdministratorList(s).value_or(std::vector<std::string>{}); },
+            bgp4::formatTextList, &R::routeTargets)
         .learned([](const std::string& s) { return bgp4::parseAdministratorList(s).has_value(); });
     c.method("setDefault", &T::setDefault);
 });

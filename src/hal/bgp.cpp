@@ -79,7 +79,8 @@ std::optional<Administrator> parseAdministrator(std::string_view text) {
     if (global.find('.') != std::string_view::npos) {
         in_addr addr{};
         auto n = number(local, 0xffff);
-        if (!n || global.size() > 15 || inet_pton(AF_INET, std::string(global).c_str(), &addr) != 1) return std::nullopt;
+        if (!n || global.size() > 15 || inet_pton(AF_INET, std::string(global).c_str(), &addr) != 1)
+            return std::nullopt;
         a.type = 1;
         std::memcpy(a.value.data(), &addr, 4);  // network order already
         putBigEndian(a.value.data() + 4, *n, 2);

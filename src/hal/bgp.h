@@ -353,18 +353,18 @@ struct LearnedRoute {
     uint32_t med = 0;
     std::vector<uint32_t> communities;
     UIntBits<20> label = 0;  // labelled and VPN routes
-    std::string routeDistinguisher;        // VPN routes, in administratorText's form; empty for the others
+    std::string routeDistinguisher;         // VPN routes, in administratorText's form; empty for the others
     std::vector<std::string> routeTargets;  // the route-target extended communities, the same form
 
     static constexpr auto fields() {
         using R = LearnedRoute;
-        return hal::fields(field("Family", &R::family), field("Network", &R::network),
-                           field("PrefixLength", &R::prefixLength), field("NextHop", &R::nextHop),
-                           field("Origin", &R::origin), field("ASPath", &R::asPath),
-                           field("LocalPreference", &R::localPreference), field("MED", &R::med),
-                           field("Communities", &R::communities), field("Label", &R::label),
-                           field("RouteDistinguisher", &R::routeDistinguisher, "VPN routes: AS:number or address:number"),
-                           field("RouteTargets", &R::routeTargets, "AS:number or address:number each"));
+        return hal::fields(
+            field("Family", &R::family), field("Network", &R::network), field("PrefixLength", &R::prefixLength),
+            field("NextHop", &R::nextHop), field("Origin", &R::origin), field("ASPath", &R::asPath),
+            field("LocalPreference", &R::localPreference), field("MED", &R::med), field("Communities", &R::communities),
+            field("Label", &R::label),
+            field("RouteDistinguisher", &R::routeDistinguisher, "VPN routes: AS:number or address:number"),
+            field("RouteTargets", &R::routeTargets, "AS:number or address:number each"));
     }
 };
 

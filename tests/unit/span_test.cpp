@@ -18,7 +18,7 @@ TEST(Span, NetworksStayInTheirFamily) {
     } cases[] = {
         {"255.255.254.7", 24, 2, 1, 2},  // cut to its network first
         {"255.255.255.0", 24, 2, 1, 1},
-        {"255.255.0.0", 24, 1000, 3, 86},  // 255.255.0 .. 255.255.255 in steps of 3
+        {"255.255.0.0", 24, 1000, 3, 86},              // 255.255.0 .. 255.255.255 in steps of 3
         {"200.0.0.0", 32, 2147483647, 2147483647, 1},  // would wrap in 32 bits
         {"100.0.0.0", 32, 3, 1 << 30, 3},
         {"0.0.0.0", 0, 1, 1, 1},
@@ -33,7 +33,8 @@ TEST(Span, NetworksStayInTheirFamily) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(zk::networksIn(c.address, c.length, c.count, c.step), c.in) << c.address << "/" << c.length;
-        EXPECT_EQ(zk::networksFit(c.address, c.length, c.count, c.step), c.in == c.count) << c.address << "/" << c.length;
+        EXPECT_EQ(zk::networksFit(c.address, c.length, c.count, c.step), c.in == c.count)
+            << c.address << "/" << c.length;
     }
 }
 

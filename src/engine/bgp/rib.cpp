@@ -410,8 +410,8 @@ size_t AdjRibIn::memoryBytes() const {
          interned_.bucket_count() * sizeof(void*);
     for (const auto& s : sets_) {
         if (!s) continue;
-        n += sizeof(AttrSet) + s->key.capacity() + s->route.asPath.capacity() * 2 + s->route.communities.capacity() * 4 +
-             s->route.routeTargets.capacity() * sizeof(std::string);
+        n += sizeof(AttrSet) + s->key.capacity() + s->route.asPath.capacity() * 2 +
+             s->route.communities.capacity() * 4 + s->route.routeTargets.capacity() * sizeof(std::string);
         for (const std::string& t : s->route.routeTargets)
             if (t.capacity() > 15) n += t.capacity() + 1;  // past the string's own short buffer
     }
@@ -449,7 +449,8 @@ std::vector<hal::EBGP::LearnedRoute> AdjRibIn::snapshot() const {
         r.family = e.family;
         r.prefixLength = e.length;
         r.label = e.labelField >> 4;
-        if (e.family == 4 || e.family == 8) r.routeDistinguisher = hal::EBGP::administratorText(hal::EBGP::distinguisherOf(e.rd));
+        if (e.family == 4 || e.family == 8)
+            r.routeDistinguisher = hal::EBGP::administratorText(hal::EBGP::distinguisherOf(e.rd));
         bool v6 = e.family >= 5;
         r.network = v6 ? hal::EIPAddress::FromV6(e.bytes)
                        : hal::EIPAddress::FromV4(uint32_t(e.bytes[0]) << 24 | uint32_t(e.bytes[1]) << 16 |

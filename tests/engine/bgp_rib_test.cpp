@@ -350,6 +350,35 @@ TEST(Rib, LabelledAndVpnRoutesWithTheirLabels) {
     EXPECT_EQ(rib.size(), 2u);
 }
 
+// A VPN-IPv6 next hop is learned without its zero distinguisher: the
+// IPv4-mapped address of an IPv4 session (24 bytes), the global address
+// when a link-local one follows (48 bytes).
+TEST(Rib, VpnIpv6NextHopsWithoutTheirDistinguisher) {
+    struct Case {
+        bool v6Session;
+        EIPAddress expected;
+    } cases[] = {{false, v6("00000000000000000000ffff0a010001")}, {true, v6("20010db8000000000000000000000001")}};
+    for (const Case& c : cases) {
+        EncodeSession s = peer();
+        if (c.v6Session) {
+            s.localAddress = v6("20010db8000000000000000000000001");
+            s.linkLocal = std::array<uint8_t, 16>{0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+        }
+        hal::EBGP::ConfigVpnRouteRange vpn;
+        vpn.firstNetwork = v6("20010db8");
+        vpn.fromPrefix = vpn.thruPrefix = 48;
+        AdjRibIn rib;
+        UpdateEncoder enc(s, UpdateEncoder::Kind::Announce);
+        ASSERT_TRUE(enc.addVpn(vpn, hal::EBGP::ConfigL3Site{}, 65002));
+        feed(rib, enc.all());
+        auto snap = rib.snapshot();
+        ASSERT_EQ(snap.size(), 1u);
+        EXPECT_EQ(snap[0].family, 8);
+        EXPECT_EQ(snap[0].nextHop, c.expected) << c.v6Session;
+        EXPECT_EQ(snap[0].routeDistinguisher, "64512:1");
+    }
+}
+
 // The text of distinguishers and targets, both ways: each type's widths,
 // the normal form, and texts that are none.
 struct AdminCase {

@@ -62,6 +62,7 @@ bench: build
 	@cmake --build $(BUILD) --target zkbgp_bench -j $(JOBS) >/dev/null
 	@$(BUILD)/bench/zkbgp_bench --benchmark_min_time=0.2
 	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(TCLSH) bench/live_bgp.tcl
+	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(TCLSH) bench/live_bgp.tcl -family vpn4 -routes 100000
 
 docs: build
 	@cmake --build $(BUILD) --target docs

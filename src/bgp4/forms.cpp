@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "core/parse.h"
+#include "hal/bgp.h"
 
 namespace zk::bgp4 {
 
@@ -50,6 +51,19 @@ std::string formatWords(const std::vector<T>& list, Format format) {
 }
 
 }  // namespace
+
+std::optional<std::string> parseAdministratorText(std::string_view text) {
+    auto a = hal::EBGP::parseAdministrator(text);
+    return a ? std::optional<std::string>(hal::EBGP::administratorText(*a)) : std::nullopt;
+}
+
+std::optional<std::vector<std::string>> parseAdministratorList(std::string_view text) {
+    return parseWords<std::string>(text, parseAdministratorText);
+}
+
+std::string formatTextList(const std::vector<std::string>& list) {
+    return formatWords(list, [](const std::string& s) { return s; });
+}
 
 std::optional<std::vector<uint16_t>> parseAsList(std::string_view text) {
     return parseWords<uint16_t>(text, [](std::string_view w) -> std::optional<uint16_t> {

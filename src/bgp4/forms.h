@@ -18,6 +18,7 @@ inline constexpr int kAddressTypeIpV6 = 18;
 // Learned-route and filter families: bgp4FamilyIpV4Unicast .. bgp4FamilyIpV6MplsVpn
 // carry addresses of their family; a user-defined family any.
 inline constexpr int kFamilyIpV6Unicast = 5, kFamilyUserDefined = 9;
+inline constexpr int kFamilyIpV4MplsVpn = 4, kFamilyIpV6MplsVpn = 8;
 
 // The words of a blank-separated list.
 std::vector<std::string_view> words(std::string_view text);
@@ -34,6 +35,13 @@ std::string formatCommunities(const std::vector<uint32_t>& list);
 // Dotted IPv4 addresses.
 std::optional<std::vector<hal::EIPAddress>> parseIPv4List(std::string_view text);
 std::string formatAddressList(const std::vector<hal::EIPAddress>& list);
+
+// Route distinguishers and route targets: "AS:number" or
+// "a.b.c.d:number" (hal::EBGP::administratorText), a list of them
+// blank-separated; the texts come back in their normal form.
+std::optional<std::string> parseAdministratorText(std::string_view text);
+std::optional<std::vector<std::string>> parseAdministratorList(std::string_view text);
+std::string formatTextList(const std::vector<std::string>& list);
 
 // An address of the given type (addressTypeIpV4 or addressTypeIpV6); of
 // any type when the type itself is invalid.

@@ -27,6 +27,17 @@ static binding::Describe<TCLBgp4LearnedRoute> describeBgp4LearnedRoute("TCLBgp4L
                  bgp4::formatCommunities, &R::communities)
         .learned([](const std::string& s) { return bgp4::parseCommunities(s).has_value(); });
     c.readOnly("label", &T::label).maps(&R::label).learned(range(0, 1048575));
+    // VPN routes: the distinguisher, and for every route the route targets,
+    // each "AS:number" or "a.b.c.d:number".
+    c.readOnly("routeDistinguisher", &T::routeDistinguisher)
+        .mapsVia([](const std::string& s) { return s.empty() ? s : bgp4::parseAdministratorText(s).value_or(""); },
+                 [](const std::string& s) { return s; }, &R::routeDistinguisher)
+        .learned([](const std::string& s) { return s.empty() || bgp4::parseAdministratorText(s).has_value(); });
+    c.readOnly("routeTargets", &T::routeTargets)
+        .mapsVia(
+            [](const std::string& s) { return bgp4::parseAdministratorList(s).value_or(std::vector<std::string>{}); },
+            bgp4::formatTextList, &R::routeTargets)
+        .learned([](const std::string& s) { return bgp4::parseAdministratorList(s).has_value(); });
     c.method("setDefault", &T::setDefault);
 });
 
@@ -79,6 +90,8 @@ std::string checkRoute(const Route& r) {
     const bool familyV6 = r.family >= bgp4::kFamilyIpV6Unicast && r.family < bgp4::kFamilyUserDefined;
     if (r.family != bgp4::kFamilyUserDefined && familyV6 != v6)
         return "-family " + std::to_string(r.family) + " is not the family of " + r.network.ToString();
+    if (!r.routeDistinguisher.empty() && r.family != bgp4::kFamilyIpV4MplsVpn && r.family != bgp4::kFamilyIpV6MplsVpn)
+        return "-routeDistinguisher is for VPN routes (family 4 or 8), not -family " + std::to_string(r.family);
     return "";
 }
 

@@ -37,6 +37,8 @@ public:
     unsigned med;
     std::string communities;
     int label;
+    std::string routeDistinguisher;
+    std::string routeTargets;
 };
 
 // Whether a route passes a neighbor's route filter and prefix filters.

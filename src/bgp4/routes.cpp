@@ -78,10 +78,15 @@ bool routesFit(const Bgp4RouteOptions& o) {
     return true;
 }
 
-// The routes of a range: numberOfRoutes of each prefix length.
+// The routes a range sends: numberOfRoutes of each prefix length, as
+// many of them as there are before the end of the address space.
 long long routeCount(const Bgp4RouteOptions& o) {
-    long long lengths = o.fromPrefix >= 0 && o.thruPrefix >= o.fromPrefix ? o.thruPrefix - o.fromPrefix + 1 : 1;
-    return (long long)o.numberOfRoutes * lengths;
+    if (o.fromPrefix < 0 || o.thruPrefix > maxPrefixOf(o.networkAddress) || o.fromPrefix > o.thruPrefix)
+        return o.numberOfRoutes;
+    long long total = 0;
+    for (int length = o.fromPrefix; length <= o.thruPrefix; ++length)
+        total += networksIn(o.networkAddress, length, o.numberOfRoutes, o.routeStep);
+    return total;
 }
 
 // RFC 7606: a segment of unknown type, or a set of no AS, is a malformed

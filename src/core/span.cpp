@@ -24,15 +24,20 @@ Wide familyEnd(bool v6) { return v6 ? ~Wide(0) : Wide(0xFFFFFFFFu); }
 
 }  // namespace
 
-bool networksFit(const std::string& address, int length, long long count, long long step) {
+long long networksIn(const std::string& address, int length, long long count, long long step) {
     auto a = addressNumber(address);
-    if (!a || count < 1 || step < 0) return true;
+    if (!a || count < 1 || step <= 0) return count;
     const int width = a->v6 ? 128 : 32;
-    if (length < 0 || length > width) return true;
-    if (length == 0) return count == 1 || step == 0;
+    if (length < 0 || length > width) return count;
+    if (length == 0) return 1;
     // Networks of this length after the one that holds the address.
     const Wide after = (familyEnd(a->v6) - a->value) >> (width - length);
-    return stepsFit(0, count, Wide(uint64_t(step)), after);
+    const Wide more = after / Wide(uint64_t(step));
+    return more < Wide(uint64_t(count - 1)) ? (long long)(more) + 1 : count;
+}
+
+bool networksFit(const std::string& address, int length, long long count, long long step) {
+    return networksIn(address, length, count, step) == count;
 }
 
 bool addressesFit(const std::string& address, long long count, Wide step) {

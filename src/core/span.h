@@ -31,6 +31,9 @@ std::optional<AddressNumber> addressNumber(const std::string& text);
 // stay within the address family of `address`. A network of length 0 is
 // the whole space: one of them fits.
 bool networksFit(const std::string& address, int length, long long count, long long step = 1);
+// How many of those `count` networks there are before the end of the
+// family (all `count` when they fit, or when a value fails its own check).
+long long networksIn(const std::string& address, int length, long long count, long long step = 1);
 
 // Whether `count` addresses from `address`, `step` apart (a step of 0
 // repeats the first address), stay within its address family.

@@ -9,8 +9,11 @@
 // 120 s, minimum route advertisement interval 30 s, local preference 100.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "hal/basic.h"
@@ -350,16 +353,41 @@ struct LearnedRoute {
     uint32_t med = 0;
     std::vector<uint32_t> communities;
     UIntBits<20> label = 0;  // labelled and VPN routes
+    std::string routeDistinguisher;         // VPN routes, in administratorText's form; empty for the others
+    std::vector<std::string> routeTargets;  // the route-target extended communities, the same form
 
     static constexpr auto fields() {
         using R = LearnedRoute;
-        return hal::fields(field("Family", &R::family), field("Network", &R::network),
-                           field("PrefixLength", &R::prefixLength), field("NextHop", &R::nextHop),
-                           field("Origin", &R::origin), field("ASPath", &R::asPath),
-                           field("LocalPreference", &R::localPreference), field("MED", &R::med),
-                           field("Communities", &R::communities), field("Label", &R::label));
+        return hal::fields(
+            field("Family", &R::family), field("Network", &R::network), field("PrefixLength", &R::prefixLength),
+            field("NextHop", &R::nextHop), field("Origin", &R::origin), field("ASPath", &R::asPath),
+            field("LocalPreference", &R::localPreference), field("MED", &R::med), field("Communities", &R::communities),
+            field("Label", &R::label),
+            field("RouteDistinguisher", &R::routeDistinguisher, "VPN routes: AS:number or address:number"),
+            field("RouteTargets", &R::routeTargets, "AS:number or address:number each"));
     }
 };
+
+// The text of a route distinguisher (RFC 4364 4.2) or a route target
+// (RFC 4360 3.1 and 3.2, RFC 5668): its type and the six bytes after the
+// type field. Type 0 "AS:number" (2-byte AS, 4-byte number), type 1
+// "a.b.c.d:number" (4-byte address, 2-byte number), type 2 "AS:number"
+// (4-byte AS, 2-byte number); any other type "type:hex" with the six bytes
+// in hex (a distinguisher of a type this code does not know is still told
+// apart from the others).
+struct Administrator {
+    uint8_t type = 0;
+    std::array<uint8_t, 6> value{};
+    bool operator==(const Administrator&) const = default;
+};
+std::string administratorText(const Administrator& a);
+// The text back: an address before the colon gives type 1, an AS up to
+// 65535 type 0, a wider AS type 2; nullopt when a part does not fit its
+// width or the text is no such form.
+std::optional<Administrator> parseAdministrator(std::string_view text);
+// A distinguisher as the 8 bytes of the wire, the type first (big-endian).
+Administrator distinguisherOf(uint64_t wire);
+uint64_t distinguisherWire(const Administrator& a);
 
 }  // namespace EBGP
 

@@ -438,6 +438,153 @@ TEST(Builder, OneVpnRouteExactly) {
                                             "c0 10 08 0002fde900000007"))));  // route target 65001:7
 }
 
+// Labelled and VPN routes byte for byte, as RFC 8277 (label field: 20-bit
+// label, 3 traffic-class bits, bottom-of-stack bit), RFC 4364 (VPN-IPv4:
+// label field, 8-byte distinguisher, prefix; next hop a zero distinguisher
+// and the address, 4.3.2), RFC 4659 (VPN-IPv6; an IPv4 session's next hop
+// as IPv4-mapped IPv6, 3.2) and RFC 4360 (route targets: type 0x00 AS,
+// 0x01 address, sub-type 0x02) write them. Every case is on an external
+// session from AS 65001 (ORIGIN and AS_PATH after MP_REACH_NLRI).
+struct LabelledCase {
+    const char* name;
+    std::function<bool(UpdateEncoder&)> add;
+    const char* expected;  // the UPDATE's body
+    bool v6Session = false;
+    UpdateEncoder::Kind kind = UpdateEncoder::Kind::Announce;
+};
+void PrintTo(const LabelledCase& c, std::ostream* os) { *os << c.name; }
+
+class LabelledBytesTest : public ::testing::TestWithParam<LabelledCase> {};
+
+TEST_P(LabelledBytesTest, WritesTheRfcBytes) {
+    EncodeSession s = external();
+    if (GetParam().v6Session) {
+        s.localAddress = v6("20010db8000000000000000000000002");
+        s.linkLocal = std::array<uint8_t, 16>{0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2};
+    }
+    UpdateEncoder enc(s, GetParam().kind);
+    ASSERT_TRUE(GetParam().add(enc)) << enc.error();
+    EXPECT_EQ(bgptest::toHex(enc.all()), bgptest::toHex(message(2, hex(GetParam().expected))));
+}
+
+namespace {
+
+hal::EBGP::ConfigAdministrator administrator(uint8_t type, uint16_t as, const char* address, uint32_t number) {
+    hal::EBGP::ConfigAdministrator a;
+    a.type = type;
+    a.asNumber = as;
+    a.ipAddress = v4(address);
+    a.assignedNumber = number;
+    return a;
+}
+
+hal::EBGP::ConfigVpnRouteRange vpnRange(EIPAddress first, uint8_t length, uint32_t count, uint32_t label,
+                                        bool increment, hal::EBGP::ConfigAdministrator rd, uint32_t rdStep = 0) {
+    hal::EBGP::ConfigVpnRouteRange r;
+    static_cast<hal::EBGP::ConfigRoutes&>(r) = range(first, length, length, count);
+    r.labels.startLabel = label;
+    r.labels.labelMode = increment ? 1 : 0;
+    r.distinguisher = rd;
+    r.distinguisherStep = rdStep;
+    return r;
+}
+
+hal::EBGP::ConfigL3Site siteExporting(std::initializer_list<hal::EBGP::ConfigAdministrator> targets) {
+    hal::EBGP::ConfigL3Site site;
+    for (const auto& t : targets) {
+        hal::EBGP::ConfigRouteTarget rt;
+        rt.target = t;
+        site.exportTargets.Add(rt);
+    }
+    return site;
+}
+
+hal::EBGP::ConfigMplsRouteRange labelledRange(EIPAddress first, uint8_t from, uint8_t thru, uint32_t count,
+                                              uint32_t label) {
+    hal::EBGP::ConfigMplsRouteRange r;
+    static_cast<hal::EBGP::ConfigRoutes&>(r) = range(first, from, thru, count);
+    r.labels.startLabel = label;
+    r.labels.labelMode = 1;
+    return r;
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Rfc8277Rfc4364Rfc4659, LabelledBytesTest,
+    ::testing::Values(
+        LabelledCase{"vpn4_address_distinguisher_and_two_targets",
+                     [](UpdateEncoder& e) {
+                         return e.addVpn(vpnRange(v4("20.0.0.0"), 24, 2, 100, false,
+                                                  administrator(1, 0, "192.0.2.1", 5)),
+                                         siteExporting({administrator(1, 0, "192.0.2.1", 9),
+                                                        administrator(0, 65001, "0.0.0.0", 7)}),
+                                         65001);
+                     },
+                     "0000 0053"
+                     "90 0e 002f 0001 80 0c 0000000000000000 0a010002 00"
+                     "   70 000641 0001c00002010005 140000"  // label 100 fixed, RD 192.0.2.1:5
+                     "   70 000641 0001c00002010005 140001"
+                     "40 01 01 00  40 02 06 02 01 0000fde9"
+                     "c0 10 10 0102c00002010009 0002fde900000007"},  // RT 192.0.2.1:9, RT 65001:7
+        LabelledCase{"vpn4_label_and_distinguisher_move_per_route",
+                     [](UpdateEncoder& e) {
+                         return e.addVpn(vpnRange(v4("20.0.0.0"), 24, 2, 100, true,
+                                                  administrator(0, 65001, "0.0.0.0", 7), 1),
+                                         {}, 65001);
+                     },
+                     "0000 0040"
+                     "90 0e 002f 0001 80 0c 0000000000000000 0a010002 00"
+                     "   70 000641 0000fde900000007 140000"  // label 100, RD 65001:7
+                     "   70 000651 0000fde900000008 140001"  // label 101, RD 65001:8
+                     "40 01 01 00  40 02 06 02 01 0000fde9"},
+        LabelledCase{"vpn6_on_an_ipv4_session_has_a_mapped_next_hop",
+                     [](UpdateEncoder& e) {
+                         return e.addVpn(vpnRange(v6("20010db80001"), 48, 1, 16, false,
+                                                  administrator(0, 65001, "0.0.0.0", 7)),
+                                         {}, 65001);
+                     },
+                     "0000 0040"
+                     "90 0e 002f 0002 80 18 0000000000000000 00000000000000000000ffff0a010002 00"
+                     "   88 000101 0000fde900000007 20010db80001"  // 136 bits: 24 + 64 + 48
+                     "40 01 01 00  40 02 06 02 01 0000fde9"},
+        LabelledCase{"vpn6_global_and_link_local_next_hops_each_behind_a_zero_distinguisher",
+                     [](UpdateEncoder& e) {
+                         return e.addVpn(vpnRange(v6("20010db80001"), 48, 1, 16, false,
+                                                  administrator(0, 65001, "0.0.0.0", 7)),
+                                         {}, 65001);
+                     },
+                     "0000 0058"
+                     "90 0e 0047 0002 80 30"
+                     "   0000000000000000 20010db8000000000000000000000002"
+                     "   0000000000000000 fe800000000000000000000000000002 00"
+                     "   88 000101 0000fde900000007 20010db80001"
+                     "40 01 01 00  40 02 06 02 01 0000fde9",
+                     true},
+        LabelledCase{"labelled_ipv6_increments_per_prefix",
+                     [](UpdateEncoder& e) { return e.addLabelled(labelledRange(v6("20010db80001"), 48, 48, 2, 200), 65001); },
+                     "0000 003a"
+                     "90 0e 0029 0002 04 10 00000000000000000000ffff0a010002 00"
+                     "   48 000c81 20010db80001"  // label 200, bottom of stack
+                     "   48 000c91 20010db80002"  // label 201
+                     "40 01 01 00  40 02 06 02 01 0000fde9"},
+        LabelledCase{"labelled_ipv4_increments_across_prefix_lengths",
+                     [](UpdateEncoder& e) { return e.addLabelled(labelledRange(v4("20.0.0.0"), 24, 25, 1, 16), 65001); },
+                     "0000 0029"
+                     "90 0e 0018 0001 04 04 0a010002 00"
+                     "   30 000101 140000"     // /24, label 16
+                     "   31 000111 14000000"  // /25, label 17
+                     "40 01 01 00  40 02 06 02 01 0000fde9"},
+        LabelledCase{"vpn4_withdrawal_carries_the_withdraw_label_field",
+                     [](UpdateEncoder& e) {
+                         return e.addVpn(vpnRange(v4("20.0.0.0"), 24, 1, 100, false,
+                                                  administrator(1, 0, "192.0.2.1", 5)),
+                                         {}, 65001);
+                     },
+                     "0000 0016 90 0f 0012 0001 80 70 800000 0001c00002010005 140000", false,
+                     UpdateEncoder::Kind::Withdraw}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 struct RdCase {
     const char* name;
     RouteDistinguisher rd;

@@ -308,6 +308,14 @@ TEST(Rib, LabelledAndVpnRoutesWithTheirLabels) {
     vpn.numberOfRoutes = 2;
     vpn.distinguisherStep = 1;  // two routes of 30.0.0.0/24 would clash without it; these differ anyway
     hal::EBGP::ConfigL3Site site;
+    hal::EBGP::ConfigRouteTarget target;
+    target.target.asNumber = 65002;
+    target.target.assignedNumber = 4000000000u;
+    site.exportTargets.Add(target);
+    target.target.type = 1;
+    target.target.ipAddress = v4(192, 0, 2, 1);
+    target.target.assignedNumber = 7;
+    site.exportTargets.Add(target);
     AdjRibIn rib;
     UpdateEncoder enc(peer(), UpdateEncoder::Kind::Announce);
     ASSERT_TRUE(enc.addLabelled(mpls, 65002));
@@ -322,7 +330,16 @@ TEST(Rib, LabelledAndVpnRoutesWithTheirLabels) {
         EXPECT_EQ(snap[i].network, v4(20, 0, uint8_t(i), 0));
         EXPECT_EQ(snap[i].label, 100 + i);
         EXPECT_EQ(snap[i].nextHop, v4(10, 1, 0, 1));
+        EXPECT_EQ(snap[i].routeDistinguisher, "");
+        EXPECT_TRUE(snap[i].routeTargets.empty());
     }
+    // By prefix, then distinguisher: 30.0.0.0 under 64512:1 and :99, 30.0.1.0 under :2 and :100.
+    const char* rds[] = {"64512:1", "64512:99", "64512:2", "64512:100"};
+    for (size_t i = 5; i < 9; ++i) {
+        EXPECT_EQ(snap[i].routeDistinguisher, rds[i - 5]);
+        EXPECT_EQ(snap[i].routeTargets, (std::vector<std::string>{"65002:4000000000", "192.0.2.1:7"}));
+    }
+    EXPECT_EQ(rib.attributeSets(), 2u);  // the VPN routes share one set, targets and all
     EXPECT_EQ(snap[5].family, 4);
     EXPECT_EQ(snap[5].label, 16u);
     EXPECT_EQ(snap[5].nextHop, v4(10, 1, 0, 1));  // the distinguisher of the next hop is not part of it
@@ -331,6 +348,78 @@ TEST(Rib, LabelledAndVpnRoutesWithTheirLabels) {
     ASSERT_TRUE(gone.addVpn(vpn, site, 65002));
     EXPECT_EQ(feed(rib, gone.all()).withdrawn, 7u);  // by prefix and distinguisher, whatever the label field
     EXPECT_EQ(rib.size(), 2u);
+}
+
+// A VPN-IPv6 next hop is learned without its zero distinguisher: the
+// IPv4-mapped address of an IPv4 session (24 bytes), the global address
+// when a link-local one follows (48 bytes).
+TEST(Rib, VpnIpv6NextHopsWithoutTheirDistinguisher) {
+    struct Case {
+        bool v6Session;
+        EIPAddress expected;
+    } cases[] = {{false, v6("00000000000000000000ffff0a010001")}, {true, v6("20010db8000000000000000000000001")}};
+    for (const Case& c : cases) {
+        EncodeSession s = peer();
+        if (c.v6Session) {
+            s.localAddress = v6("20010db8000000000000000000000001");
+            s.linkLocal = std::array<uint8_t, 16>{0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+        }
+        hal::EBGP::ConfigVpnRouteRange vpn;
+        vpn.firstNetwork = v6("20010db8");
+        vpn.fromPrefix = vpn.thruPrefix = 48;
+        AdjRibIn rib;
+        UpdateEncoder enc(s, UpdateEncoder::Kind::Announce);
+        ASSERT_TRUE(enc.addVpn(vpn, hal::EBGP::ConfigL3Site{}, 65002));
+        feed(rib, enc.all());
+        auto snap = rib.snapshot();
+        ASSERT_EQ(snap.size(), 1u);
+        EXPECT_EQ(snap[0].family, 8);
+        EXPECT_EQ(snap[0].nextHop, c.expected) << c.v6Session;
+        EXPECT_EQ(snap[0].routeDistinguisher, "64512:1");
+    }
+}
+
+// The text of distinguishers and targets, both ways: each type's widths,
+// the normal form, and texts that are none.
+struct AdminCase {
+    const char* text;
+    const char* bytes;       // type and six bytes; "" when the text is refused
+    const char* normalForm;  // "" : the text itself
+};
+void PrintTo(const AdminCase& c, std::ostream* os) { *os << c.text; }
+class AdministratorTextTest : public ::testing::TestWithParam<AdminCase> {};
+
+TEST_P(AdministratorTextTest, ReadsAndWrites) {
+    const AdminCase& c = GetParam();
+    auto a = hal::EBGP::parseAdministrator(c.text);
+    if (*c.bytes == 0) {
+        EXPECT_FALSE(a);
+        return;
+    }
+    ASSERT_TRUE(a);
+    Bytes wire{a->type};
+    wire.insert(wire.end(), a->value.begin(), a->value.end());
+    EXPECT_EQ(bgptest::toHex(wire), bgptest::toHex(bgptest::hex(c.bytes)));
+    EXPECT_EQ(hal::EBGP::administratorText(*a), *c.normalForm ? c.normalForm : c.text);
+    EXPECT_EQ(hal::EBGP::distinguisherOf(hal::EBGP::distinguisherWire(*a)), *a);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rfc4364Rfc4360, AdministratorTextTest,
+    ::testing::Values(AdminCase{"65001:7", "00 fde9 00000007", ""},
+                      AdminCase{"0:4294967295", "00 0000 ffffffff", ""},
+                      AdminCase{"65535:0", "00 ffff 00000000", ""},
+                      AdminCase{"192.0.2.1:65535", "01 c0000201 ffff", ""},
+                      AdminCase{"65536:1", "02 00010000 0001", ""},  // a wider AS: type 2
+                      AdminCase{"4294967295:65535", "02 ffffffff ffff", ""},
+                      AdminCase{"065001:07", "00 fde9 00000007", "65001:7"},
+                      AdminCase{"192.0.2.1:65536", "", ""}, AdminCase{"65536:65536", "", ""},
+                      AdminCase{"4294967296:1", "", ""}, AdminCase{"65001:4294967296", "", ""},
+                      AdminCase{"65001", "", ""}, AdminCase{"AS:1", "", ""}, AdminCase{"1.2.3:4", "", ""},
+                      AdminCase{"-1:4", "", ""}, AdminCase{":", "", ""}));
+
+TEST(AdministratorText, UnknownTypesShowTheirBytes) {
+    EXPECT_EQ(hal::EBGP::administratorText(hal::EBGP::distinguisherOf(0x0003'0102'0304'0506)), "3:010203040506");
 }
 
 // A million /24s sharing one attribute set: bytes per route of the store.

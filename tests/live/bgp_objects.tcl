@@ -32,3 +32,34 @@ proc bindBgpPort {netns ifname} {
     check "select" [bgp select 1 1 1]
     check "set" [bgp set]
 }
+
+# Adds to `peer` the L3 site `name`: one VPN route range for each option
+# list of `ranges` (on top of the defaults), and `targets` as its export
+# route targets, each "AS:number" or "a.b.c.d:number".
+proc addVpnSite {name ranges targets} {
+    set i 0
+    foreach options $ranges {
+        vpnRange setDefault
+        vpnRange configure {*}$options
+        check "addVpnRouteRange" [site addVpnRouteRange $name-[incr i]]
+    }
+    foreach t $targets {
+        set number [lindex [split $t :] end]
+        set global [string range $t 0 end-[expr {[string length $number] + 1}]]
+        target setDefault
+        if {[string first . $global] >= 0} {
+            target configure -targetType 1 -targetIpAddress $global -targetAssignedNum $number
+        } else {
+            target configure -targetType 0 -targetAsNum $global -targetAssignedNum $number
+        }
+        check "addExportTarget" [site addExportTarget $name-$t]
+    }
+    check "addL3Site" [peer addL3Site $name]
+}
+
+# Adds to `peer` the MPLS route range `name` with `options` on top of the defaults.
+proc addMplsRange {name options} {
+    mplsRange setDefault
+    mplsRange configure {*}$options
+    check "addMplsRouteRange" [peer addMplsRouteRange $name]
+}

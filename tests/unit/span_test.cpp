@@ -14,23 +14,28 @@ TEST(Span, NetworksStayInTheirFamily) {
         std::string address;
         int length;
         long long count, step;
-        bool fits;
+        long long in;  // of them before the end of the family
     } cases[] = {
-        {"255.255.254.7", 24, 2, 1, true},  // cut to its network first
-        {"255.255.255.0", 24, 2, 1, false},
-        {"200.0.0.0", 32, 2147483647, 2147483647, false},  // would wrap in 32 bits
-        {"100.0.0.0", 32, 3, 1 << 30, true},
-        {"0.0.0.0", 0, 1, 1, true},
-        {"0.0.0.0", 0, 5, 1, false},
-        {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ff00", 120, 2, 1, false},
-        {"::", 128, LLONG_MAX, LLONG_MAX, true},
-        {"8000::", 1, 2, 1, false},
-        {"1.2.3", 24, 100, 1, true},  // what other checks refuse passes
-        {"255.255.255.0", 33, 10, 1, true},
-        {"255.255.255.0", 24, 10, 0, true},  // a step of 0 repeats the first network
+        {"255.255.254.7", 24, 2, 1, 2},  // cut to its network first
+        {"255.255.255.0", 24, 2, 1, 1},
+        {"255.255.0.0", 24, 1000, 3, 86},              // 255.255.0 .. 255.255.255 in steps of 3
+        {"200.0.0.0", 32, 2147483647, 2147483647, 1},  // would wrap in 32 bits
+        {"100.0.0.0", 32, 3, 1 << 30, 3},
+        {"0.0.0.0", 0, 1, 1, 1},
+        {"0.0.0.0", 0, 5, 1, 1},
+        {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ff00", 120, 2, 1, 1},
+        {"::", 128, LLONG_MAX, LLONG_MAX, LLONG_MAX},
+        {"::", 64, LLONG_MAX, 1, LLONG_MAX},
+        {"8000::", 1, 2, 1, 1},
+        {"1.2.3", 24, 100, 1, 100},  // what other checks refuse passes
+        {"255.255.255.0", 33, 10, 1, 10},
+        {"255.255.255.0", 24, 10, 0, 10},  // a step of 0 repeats the first network
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(zk::networksFit(c.address, c.length, c.count, c.step), c.fits) << c.address << "/" << c.length;
+    for (const auto& c : cases) {
+        EXPECT_EQ(zk::networksIn(c.address, c.length, c.count, c.step), c.in) << c.address << "/" << c.length;
+        EXPECT_EQ(zk::networksFit(c.address, c.length, c.count, c.step), c.in == c.count)
+            << c.address << "/" << c.length;
+    }
 }
 
 TEST(Span, StepsAndAddressesStopAtTheLastValue) {

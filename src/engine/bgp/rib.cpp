@@ -235,6 +235,14 @@ uint32_t AdjRibIn::intern(const PathAttributes& a, const hal::EIPAddress& nextHo
     r.localPreference = a.localPref.value_or(0);
     r.med = a.med.value_or(0);
     r.communities = a.communities;
+    // Route targets: sub-type 0x02 of the transitive AS, address and
+    // four-octet AS types (RFC 4360 4, RFC 5668).
+    for (const auto& c : a.extendedCommunities) {
+        if (c[0] > 0x02 || c[1] != 0x02) continue;
+        hal::EBGP::Administrator t{c[0], {}};
+        std::copy(c.begin() + 2, c.end(), t.value.begin());
+        r.routeTargets.push_back(hal::EBGP::administratorText(t));
+    }
 
     uint32_t id;
     if (!free_.empty()) {
@@ -402,7 +410,10 @@ size_t AdjRibIn::memoryBytes() const {
          interned_.bucket_count() * sizeof(void*);
     for (const auto& s : sets_) {
         if (!s) continue;
-        n += sizeof(AttrSet) + s->key.capacity() + s->route.asPath.capacity() * 2 + s->route.communities.capacity() * 4;
+        n += sizeof(AttrSet) + s->key.capacity() + s->route.asPath.capacity() * 2 +
+             s->route.communities.capacity() * 4 + s->route.routeTargets.capacity() * sizeof(std::string);
+        for (const std::string& t : s->route.routeTargets)
+            if (t.capacity() > 15) n += t.capacity() + 1;  // past the string's own short buffer
     }
     return n;
 }
@@ -438,6 +449,8 @@ std::vector<hal::EBGP::LearnedRoute> AdjRibIn::snapshot() const {
         r.family = e.family;
         r.prefixLength = e.length;
         r.label = e.labelField >> 4;
+        if (e.family == 4 || e.family == 8)
+            r.routeDistinguisher = hal::EBGP::administratorText(hal::EBGP::distinguisherOf(e.rd));
         bool v6 = e.family >= 5;
         r.network = v6 ? hal::EIPAddress::FromV6(e.bytes)
                        : hal::EIPAddress::FromV4(uint32_t(e.bytes[0]) << 24 | uint32_t(e.bytes[1]) << 16 |

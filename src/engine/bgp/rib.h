@@ -3,7 +3,9 @@
 // routes that use it, freed with the last); an IPv4 unicast route is one
 // 8-byte slot of an open-addressing table (address, length, a stale mark
 // and the number of its attribute set packed together), other families sit
-// in a hash map.
+// in a hash map, labelled and VPN routes with their label field and
+// distinguisher beside the prefix (the route targets belong to the
+// attribute set, so they cost a VPN route nothing of its own).
 //
 // The neighbor's route filter applies on input when it is enabled: only
 // its family (0: every family); with usePrefixFilters, only routes that an

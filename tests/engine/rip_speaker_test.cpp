@@ -496,6 +496,17 @@ TEST_F(Pair, GoodEntriesBesideBadOnesAreKept) {
     EXPECT_EQ(b.counters("10.0.0.2")->badEntries, 1u);
 }
 
+TEST_F(Pair, ANeighbourFloodingRoutesMeetsTheLimit) {
+    b.setLearnedLimit(30);
+    b.configure(ripServer("10.0.0.2", 24, "30.0.0.0", 1));
+    b.start();
+    a.configure(ripServer("10.0.0.1", 24, "20.0.0.0", 100));
+    a.start();
+    run(50ms);
+    EXPECT_EQ(learned(b, "10.0.0.2"), 30u);
+    EXPECT_EQ(b.counters("10.0.0.2")->tableFull, 140u);  // 70 refused, twice (the start and the request's answer)
+}
+
 // ---- RIPng ------------------------------------------------------------------------------------
 
 hal::ERIPngServer ripngServer(uint32_t id, const std::string& network, int count, uint32_t pace = 0,

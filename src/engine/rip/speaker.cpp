@@ -277,14 +277,19 @@ struct Speaker::Router {
 
     // RFC 2453 3.9.2: a route from a neighbour enters, replaces a worse
     // one, refreshes or poisons its own.
-    void learn(Route route, uint32_t received, const IpAddress& source, Time now) {
+    void learn(Route route, uint32_t received, const IpAddress& source, Time now, size_t limit) {
         if (!config.store) return;
         route.metric = std::min(received + config.learnedCost, kInfinity);
         Key key{route.prefix, route.length};
         if (own.count(key)) return;
         auto it = learned.find(key);
         if (it == learned.end()) {
-            if (route.metric < kInfinity) learned[key] = Learned{route, received, source, now};
+            if (route.metric >= kInfinity) return;
+            if (learned.size() >= limit) {
+                ++counters.tableFull;
+                return;
+            }
+            learned[key] = Learned{route, received, source, now};
             return;
         }
         Learned& l = it->second;
@@ -659,7 +664,7 @@ void Speaker::receiveRip(Router& r, const Link::Received& d) {
             if (inSubnet(named, r.config.address, r.config.prefixLength)) hop = named;
         }
         r.learn({masked(IpAddress::v4(e.address), length), length, 0, p->version == 2 ? e.tag : uint16_t(0), hop},
-                e.metric, d.from, now);
+                e.metric, d.from, now, learnedLimit_);
     }
 }
 
@@ -697,7 +702,8 @@ void Speaker::receiveRipng(Router& r, const Link::Received& d) {
             ++r.counters.badEntries;
             continue;
         }
-        r.learn({masked(IpAddress{AF_INET6, e.prefix}, e.length), e.length, 0, e.tag, hop}, e.metric, d.from, now);
+        r.learn({masked(IpAddress{AF_INET6, e.prefix}, e.length), e.length, 0, e.tag, hop}, e.metric, d.from, now,
+                learnedLimit_);
     }
 }
 

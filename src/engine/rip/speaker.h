@@ -75,6 +75,7 @@ struct Counters {
     uint64_t updatesSent = 0, updatesReceived = 0;  // response packets
     uint64_t requestsSent = 0, requestsReceived = 0;
     uint64_t badPackets = 0, badEntries = 0, authFailures = 0;
+    uint64_t tableFull = 0;  // new routes refused at the learned-route limit
 };
 
 // A route of a router's table.
@@ -99,6 +100,9 @@ public:
     void setLinkLocal(const IpAddress& a) { linkLocal_ = a; }
     // A seed for the jitter (tests).
     void seed(uint32_t s) { random_.seed(s); }
+    // How many routes a router keeps from its neighbours at most; a
+    // neighbour that sends more has the rest refused (and counted).
+    void setLearnedLimit(size_t n) { learnedLimit_ = n; }
 
     // The whole configuration; while running, routers and routes that went
     // away are poisoned and new ones announced.
@@ -159,6 +163,7 @@ private:
     Link* link_ = nullptr;
     IpAddress linkLocal_;
     bool running_ = false;
+    size_t learnedLimit_ = 100'000;
     uint32_t paceRoutes_ = 0, paceMs_ = 0;
     std::vector<std::unique_ptr<Router>> routers_;
     std::mt19937 random_{std::random_device{}()};

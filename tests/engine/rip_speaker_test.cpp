@@ -486,6 +486,34 @@ INSTANTIATE_TEST_SUITE_P(
                     kRipPort, &Counters::authFailures}),
     [](const auto& info) { return std::string(info.param.name); });
 
+// RFC 1058 3.2: a version 1 entry has no mask; its length is the class's,
+// the router's own subnet length within its class network, or 32.
+struct V1Case {
+    const char* name;
+    const char* entry;  // address, hex
+    const char* prefix;
+};
+void PrintTo(const V1Case& c, std::ostream* os) { *os << c.name; }
+class Version1Lengths : public Pair, public ::testing::WithParamInterface<V1Case> {};
+
+TEST_P(Version1Lengths, FollowTheClassAndTheRoutersSubnet) {
+    b.configure(ripServer("10.0.0.2", 24, "30.0.0.0", 1));  // 10.0.0.2/24
+    b.start();
+    inject(hex(std::string("02010000 0002 0000 ") + GetParam().entry + " 00000000 00000000 00000001"));
+    auto got = b.learnedRoutes("10.0.0.2");
+    ASSERT_EQ(got->size(), 1u);
+    EXPECT_EQ((*got)[0].network.ToString() + "/" + std::to_string((*got)[0].prefixLength), GetParam().prefix);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rfc1058, Version1Lengths,
+                         ::testing::Values(V1Case{"class_a", "0b000000", "11.0.0.0/8"},
+                                           V1Case{"class_b", "ac100000", "172.16.0.0/16"},
+                                           V1Case{"class_c", "c0000200", "192.0.2.0/24"},
+                                           V1Case{"host_elsewhere", "0b000001", "11.0.0.1/32"},
+                                           V1Case{"own_class_subnet", "0a010200", "10.1.2.0/24"},
+                                           V1Case{"own_class_host", "0a010203", "10.1.2.3/32"}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(Pair, GoodEntriesBesideBadOnesAreKept) {
     b.configure(ripServer("10.0.0.2", 24, "30.0.0.0", 1));
     b.start();

@@ -100,11 +100,14 @@ bool advance(IpAddress& a, int length, uint64_t n) {
     return carry == 0;
 }
 
-// A v1 entry (or a v2 one without a mask) has the length of its address's class,
-// or 32 when the address has bits past it.
-int lengthOfV1(uint32_t address) {
+// A v1 entry (or a v2 one without a mask) has the length of its address's
+// class; within the class network of the router's own address, the router's
+// subnet length (RFC 1058 3.2); 32 when the address has bits past either.
+int lengthOfV1(uint32_t address, uint32_t own = 0, int ownLength = 0) {
     if (address == 0) return 0;
     int natural = address >> 31 == 0 ? 8 : address >> 30 == 2 ? 16 : 24;
+    if (ownLength > natural && (address & maskOf(natural)) == (own & maskOf(natural)))
+        return address & ~maskOf(ownLength) ? 32 : ownLength;
     return address & ~maskOf(natural) ? 32 : natural;
 }
 
@@ -657,7 +660,9 @@ void Speaker::receiveRip(Router& r, const Link::Received& d) {
             ++r.counters.badEntries;
             continue;
         }
-        int length = p->version == 2 && (e.mask || e.address == 0) ? std::countl_one(e.mask) : lengthOfV1(e.address);
+        int length = p->version == 2 && (e.mask || e.address == 0)
+                         ? std::countl_one(e.mask)
+                         : lengthOfV1(e.address, v4Of(r.config.address), r.config.prefixLength);
         IpAddress hop = d.from;
         if (p->version == 2 && e.nextHop) {
             IpAddress named = IpAddress::v4(e.nextHop);

@@ -59,7 +59,7 @@ router rip
     check "startRip" [services sendCommand 1 1 1 $startRip]
 
     proc frrRoutes {} { lab::frr json $::frr "show ip route rip json" }
-    lab::until 5000 {[llength [dict keys [frrRoutes] 20.0.*]] == 200}
+    lab::until 10000 {[llength [dict keys [frrRoutes] 20.0.*]] == 200}
     puts "FRR holds [llength [dict keys [frrRoutes] 20.0.*]] RIP routes from the port"
     set route [lindex [dict get [frrRoutes] 20.0.199.0/24] 0]
     puts "  20.0.199.0/24: metric [dict get $route metric], next hop\

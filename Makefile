@@ -61,6 +61,8 @@ bench: build
 	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(BUILD)/bench/zkbench
 	@cmake --build $(BUILD) --target zkbgp_bench -j $(JOBS) >/dev/null
 	@$(BUILD)/bench/zkbgp_bench --benchmark_min_time=0.2
+	@cmake --build $(BUILD) --target zkrip_bench -j $(JOBS) >/dev/null
+	@$(BUILD)/bench/zkrip_bench --benchmark_min_time=0.2
 	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(TCLSH) bench/live_bgp.tcl
 	@TCLLIBPATH=$(CURDIR)/$(BUILD) $(TCLSH) bench/live_bgp.tcl -family vpn4 -routes 100000
 

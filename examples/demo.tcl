@@ -31,3 +31,10 @@ zkchassis::reset
 set live [interp create]  ;# the examples above left objects named like Tcl's own commands
 $live eval [list source [file join $here live_bgp.tcl]]
 interp delete $live
+
+# A live RIP exchange beside it: FRR's ripd on the other end of the veth pair.
+puts "\n== examples/live_rip.tcl"
+zkchassis::reset
+set live [interp create]
+$live eval [list source [file join $here live_rip.tcl]]
+interp delete $live

@@ -156,7 +156,7 @@ void DatagramSocket::readAll() {
     }
 }
 
-bool DatagramSocket::sendTo(std::span<const uint8_t> bytes, const SockAddr& to, int ifindex) {
+bool DatagramSocket::sendTo(std::span<const uint8_t> bytes, const SockAddr& to, int ifindex, const IpAddress* from) {
     iovec iov{const_cast<uint8_t*>(bytes.data()), bytes.size()};
     msghdr msg{};
     msg.msg_name = const_cast<sockaddr*>(to.get());
@@ -164,14 +164,15 @@ bool DatagramSocket::sendTo(std::span<const uint8_t> bytes, const SockAddr& to, 
     msg.msg_iov = &iov;
     msg.msg_iovlen = 1;
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(in6_pktinfo))] = {};
-    if (ifindex > 0) {
+    if (ifindex > 0 || from) {
         // The interface out, whatever the routing table says (link-local
-        // and multicast destinations).
+        // and multicast destinations), and the source address.
         msg.msg_control = control;
         cmsghdr* c = reinterpret_cast<cmsghdr*>(control);
         if (family_ == AF_INET6) {
             in6_pktinfo info{};
-            info.ipi6_ifindex = unsigned(ifindex);
+            info.ipi6_ifindex = unsigned(ifindex > 0 ? ifindex : 0);
+            if (from && from->isV6()) std::memcpy(&info.ipi6_addr, from->bytes.data(), 16);
             c->cmsg_level = IPPROTO_IPV6;
             c->cmsg_type = IPV6_PKTINFO;
             c->cmsg_len = CMSG_LEN(sizeof info);
@@ -179,7 +180,8 @@ bool DatagramSocket::sendTo(std::span<const uint8_t> bytes, const SockAddr& to, 
             msg.msg_controllen = CMSG_SPACE(sizeof info);
         } else {
             in_pktinfo info{};
-            info.ipi_ifindex = ifindex;
+            info.ipi_ifindex = ifindex > 0 ? ifindex : 0;
+            if (from && !from->isV6()) std::memcpy(&info.ipi_spec_dst, from->bytes.data(), 4);
             c->cmsg_level = IPPROTO_IP;
             c->cmsg_type = IP_PKTINFO;
             c->cmsg_len = CMSG_LEN(sizeof info);

@@ -53,8 +53,10 @@ public:
     std::function<void(const Datagram&)> onReceive;
 
     // Sends at once; false when the kernel refuses (a full buffer drops the
-    // datagram, as the network would). ifindex > 0 picks the interface out.
-    bool sendTo(std::span<const uint8_t> bytes, const SockAddr& to, int ifindex = 0);
+    // datagram, as the network would). ifindex > 0 picks the interface out;
+    // `from` (an address of this host) the source address.
+    bool sendTo(std::span<const uint8_t> bytes, const SockAddr& to, int ifindex = 0,
+                const IpAddress* from = nullptr);
     int lastError() const { return lastError_; }
     uint64_t drops() const { return drops_; }
     int fd() const { return fd_.get(); }

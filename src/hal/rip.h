@@ -159,4 +159,23 @@ struct ERIPngServer : ConfigRoot<ERIPngServer> {
     }
 };
 
+// A route a RIP or RIPng router of a bound port learned from its link: the
+// metric as the neighbour sent it, the next hop it named (or the neighbour
+// itself), the route tag and the neighbour's address.
+struct ERIPLearnedRoute {
+    EIPAddress network;
+    uint8_t prefixLength = 0;
+    EIPAddress nextHop;
+    uint32_t metric = 0;
+    uint16_t routeTag = 0;
+    EIPAddress source;
+
+    static constexpr auto fields() {
+        using R = ERIPLearnedRoute;
+        return hal::fields(field("Network", &R::network), field("PrefixLength", &R::prefixLength),
+                           field("NextHop", &R::nextHop), field("Metric", &R::metric),
+                           field("RouteTag", &R::routeTag), field("Source", &R::source));
+    }
+};
+
 }  // namespace hal

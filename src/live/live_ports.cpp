@@ -17,12 +17,18 @@ namespace live {
 
 std::shared_ptr<const hal::EConfigRoot> copyBgpConfig(const hal::EConfigRoot& config);
 std::unique_ptr<Runner> makeBgpRunner(engine::Reactor& reactor, const Place& place);
+std::shared_ptr<const hal::EConfigRoot> copyRipConfig(const hal::EConfigRoot& config);
+std::unique_ptr<Runner> makeRipRunner(engine::Reactor& reactor, const Place& place);
+std::shared_ptr<const hal::EConfigRoot> copyRipngConfig(const hal::EConfigRoot& config);
+std::unique_ptr<Runner> makeRipngRunner(engine::Reactor& reactor, const Place& place);
 
 namespace {
 
 // The protocols a bound port runs; the others it records only.
 const RunnerKind kRunners[] = {
     {zk::Protocol::Bgp4, copyBgpConfig, makeBgpRunner},
+    {zk::Protocol::Rip, copyRipConfig, makeRipRunner},
+    {zk::Protocol::Ripng, copyRipngConfig, makeRipngRunner},
 };
 
 engine::IpAddress toEngine(const hal::EIPAddress& a) { return engine::IpAddress::fromBytes(a.IsV6(), a.GetBytes()); }
@@ -125,13 +131,13 @@ private:
                         present = present || a.address == local;
                         reached = reached || (a.address != local && inSubnet(dut, a.address, a.prefixLength));
                     }
-                    int hostLength = local.isV6() ? 128 : 32;
+                    int hostLength = e.localPrefix ? e.localPrefix : local.isV6() ? 128 : 32;
                     if (!present && !isUnspecified(local)) {
                         nl.addAddress(link->index, local, hostLength);
                         added_.insert({local, hostLength});
                         have.push_back({local, hostLength, link->index, 0, 0});
                     }
-                    if (!reached && dut.family == local.family && !routes_.count(dut)) {
+                    if (!reached && !isUnspecified(dut) && dut.family == local.family && !routes_.count(dut)) {
                         nl.addHostRoute(link->index, dut);
                         routes_.insert(dut);
                     }

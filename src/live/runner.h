@@ -25,7 +25,8 @@ struct Place {
 // to: the port makes sure the interface has the first and reaches the second.
 struct Endpoint {
     hal::EIPAddress local;
-    hal::EIPAddress dut;
+    hal::EIPAddress dut;  // the any-address: the whole link (no route to add)
+    int localPrefix = 0;  // the local address's prefix length; 0: a host address
 };
 
 class Runner {

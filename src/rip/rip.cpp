@@ -3,6 +3,8 @@
 #include <bit>
 
 #include "binding/collection_methods.h"
+#include "binding/learned.h"
+#include "binding/learned_methods.h"
 #include "core/protocol_interface.h"
 
 namespace zk {
@@ -41,16 +43,52 @@ static binding::Describe<TCLRipRouteRange> describeRipRouteRange("TCLRipRouteRan
     c.method("setDefault", &T::setDefault);
 });
 
+// --- learned route -------------------------------------------------------
+
+static binding::Describe<TCLRipLearnedRoute> describeRipLearnedRoute("TCLRipLearnedRoute", [](auto& c) {
+    using T = TCLRipLearnedRoute;
+    using R = hal::ERIPLearnedRoute;
+    c.constructor();
+    c.readOnly("networkIpAddress", &T::networkIpAddress).maps(&R::network).learned(ipv4);
+    c.readOnly("networkMaskWidth", &T::networkMaskWidth).maps(&R::prefixLength).learned(range(0, 32));
+    c.readOnly("nextHop", &T::nextHop).maps(&R::nextHop).learned(ipv4);
+    c.readOnly("metric", &T::metric).maps(&R::metric).learned(range(1, 16));
+    c.readOnly("routeTag", &T::routeTag).maps(&R::routeTag).learned(range(0, 65535));
+    c.readOnly("sourceAddress", &T::sourceAddress).maps(&R::source).learned(ipv4);
+    c.method("setDefault", &T::setDefault);
+});
+
+namespace {
+struct RegisterLearnedRip {
+    RegisterLearnedRip() {
+        learn::registerItems<hal::ERIPLearnedRoute>(kRipRoutesKind, Protocol::Rip, "ipAddress routeList",
+                                                    &learn::kIpv4Key, "route",
+                                                    binding::learnedItems<TCLRipLearnedRoute>());
+    }
+} registerLearnedRip;
+}  // namespace
+
 // --- router --------------------------------------------------------------
 
-TCLRipInterfaceRouter::TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange)
-    : routeRanges(this, pRipRouteRange, childListsReady, kNoPort) {
+TCLRipInterfaceRouter::TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange, TCLRipLearnedRoute* pRipLearnedRoute)
+    : routeRanges(this, pRipRouteRange, childListsReady, kNoPort), learnedRoutes(pRipLearnedRoute) {
     setDefault();
 }
 
 void TCLRipInterfaceRouter::setDefault() {
     Staged::setDefault();
     work().interfaceId.reset();  // the route ranges stay; the interface is chosen anew
+    learnedRoutes.forget();
+    numberOfLearnedRoutes = 0;
+}
+
+// Another router's record: what was learned belonged to the one before.
+void TCLRipInterfaceRouter::FromRecord(const hal::ERIPRouter& r) {
+    if (r.id != work().id) {
+        learnedRoutes.forget();
+        numberOfLearnedRoutes = 0;
+    }
+    Staged::FromRecord(r);
 }
 
 int TCLRipInterfaceRouter::intoRecordRest(hal::ERIPRouter& r) {
@@ -68,7 +106,8 @@ void TCLRipInterfaceRouter::fromRecordRest(const hal::ERIPRouter& r) {
 static binding::Describe<TCLRipInterfaceRouter> describeRipInterfaceRouter("TCLRipInterfaceRouter", [](auto& c) {
     using T = TCLRipInterfaceRouter;
     using R = hal::ERIPRouter;
-    c.template constructor<TCLRipRouteRange*>("pRipRouteRange");
+    c.template constructor<TCLRipRouteRange*, TCLRipLearnedRoute*>("pRipRouteRange",
+                                                                   binding::optional("pRipLearnedRoute"));
     c.option("enableRouter", &T::enableRouter)
         .check(boolean, "TCLRipInterfaceRouter::Validate()   Invalid enableRouter.")
         .maps(&R::enabled);
@@ -98,6 +137,17 @@ static binding::Describe<TCLRipInterfaceRouter> describeRipInterfaceRouter("TCLR
                   "updateIntervalOffset"});
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeId", "clearAllRouteRange");
+    describeLearned<&T::learnedRoutes, &T::numberOfLearnedRoutes>(
+        c, {.kind = kRipRoutesKind,
+            .notLoaded = "The router has not been loaded from the server.",
+            .key = [](const T& t) { return t.work().ipAddress.address.ToString(); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedRoutes",
+            .list = "getLearnedRouteList",
+            .first = "getFirstLearnedRoute",
+            .next = "getNextLearnedRoute",
+            .noneYet = "No learned routes have arrived yet.",
+            .noMore = "No more learned routes."});
 });
 
 // --- server --------------------------------------------------------------

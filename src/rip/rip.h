@@ -5,10 +5,28 @@
 #include <string>
 
 #include "binding/staged.h"
+#include "core/learned.h"
 #include "core/port_server.h"
 #include "hal/rip.h"
 
 namespace zk {
+
+// `zkchassis::learn ripRoutes C D P ipAddress routeList` files the routes a
+// router learned under its address; a bound port answers the same kind.
+inline constexpr const char* kRipRoutesKind = "ripRoutes";
+
+// One route a RIP router learned from its link, read-only to scripts.
+class TCLRipLearnedRoute : public binding::Staged<TCLRipLearnedRoute, hal::ERIPLearnedRoute> {
+public:
+    TCLRipLearnedRoute() { setDefault(); }
+
+    std::string networkIpAddress;
+    int networkMaskWidth;
+    std::string nextHop;
+    int metric;
+    int routeTag;
+    std::string sourceAddress;
+};
 
 class TCLRipRouteRange : public binding::Staged<TCLRipRouteRange, hal::ERIPRouteRange> {
 public:
@@ -25,7 +43,7 @@ public:
 
 class TCLRipInterfaceRouter : public binding::Staged<TCLRipInterfaceRouter, hal::ERIPRouter> {
 public:
-    explicit TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange);
+    explicit TCLRipInterfaceRouter(TCLRipRouteRange* pRipRouteRange, TCLRipLearnedRoute* pRipLearnedRoute = nullptr);
 
     int enableRouter;
     std::string ipAddress;
@@ -41,7 +59,14 @@ public:
 
     ChildList<TCLRipRouteRange, &hal::ERIPRouter::routeRanges> routeRanges;
 
+    // What the router learned on its link (a bound port's answer, or what
+    // zkchassis::learn gave an emulated one); the count is no option of the
+    // router, a script walks the list.
+    int numberOfLearnedRoutes = 0;
+    LearnedWalk<hal::ERIPLearnedRoute, TCLRipLearnedRoute> learnedRoutes;
+
     void setDefault();
+    void FromRecord(const hal::ERIPRouter& r);
     int intoRecordRest(hal::ERIPRouter& r);
     void fromRecordRest(const hal::ERIPRouter& r);
 };

@@ -1,6 +1,12 @@
 #include "rip/ripng.h"
 
+#include <tcl.h>
+
+#include <cstdint>
+
 #include "binding/collection_methods.h"
+#include "binding/learned.h"
+#include "binding/learned_methods.h"
 #include "core/protocol_interface.h"
 
 namespace zk {
@@ -77,18 +83,72 @@ static binding::Describe<TCLRipngInterface> describeRipngInterface("TCLRipngInte
     c.method("setDefault", &T::setDefault);
 });
 
+// --- learned route -------------------------------------------------------
+
+static binding::Describe<TCLRipngLearnedRoute> describeRipngLearnedRoute("TCLRipngLearnedRoute", [](auto& c) {
+    using T = TCLRipngLearnedRoute;
+    using R = hal::ERIPLearnedRoute;
+    c.constructor();
+    c.readOnly("networkIpAddress", &T::networkIpAddress).maps(&R::network).learned(ipv6);
+    c.readOnly("maskWidth", &T::maskWidth).maps(&R::prefixLength).learned(range(0, 128));
+    c.readOnly("nextHop", &T::nextHop).maps(&R::nextHop).learned(ipv6);
+    c.readOnly("metric", &T::metric).maps(&R::metric).learned(range(1, 16));
+    c.readOnly("routeTag", &T::routeTag).maps(&R::routeTag).learned(range(0, 65535));
+    c.readOnly("sourceAddress", &T::sourceAddress).maps(&R::source).learned(ipv6);
+    c.method("setDefault", &T::setDefault);
+});
+
+namespace {
+
+// A RIPng router is known by its router ID, in decimal.
+const learn::Key kRouterIdKey{"a router ID from 0 to 4294967295", [](Tcl_Obj* v) -> std::optional<std::string> {
+                                  Tcl_WideInt n;
+                                  if (Tcl_GetWideIntFromObj(nullptr, v, &n) != TCL_OK || n < 0 || n > UINT32_MAX)
+                                      return std::nullopt;
+                                  return std::to_string(n);
+                              }};
+
+struct RegisterLearnedRipng {
+    RegisterLearnedRipng() {
+        learn::registerItems<hal::ERIPLearnedRoute>(
+            kRipngRoutesKind, Protocol::Ripng, "routerId routeList", &kRouterIdKey, "route",
+            binding::learnedItems<TCLRipngLearnedRoute>(
+                {hal::EIPAddress::FromV6({}), 0, hal::EIPAddress::FromV6({}), 1, 0, hal::EIPAddress::FromV6({})}));
+    }
+} registerLearnedRipng;
+
+}  // namespace
+
 // --- router --------------------------------------------------------------
 
-TCLRipngRouter::TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInterface* pRipngInterface)
+TCLRipngRouter::TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInterface* pRipngInterface,
+                               TCLRipngLearnedRoute* pRipngLearnedRoute)
     : routeRanges(this, pRipngRouteRange, childListsReady, kNoPort),
-      interfaces(this, pRipngInterface, childListsReady, kNoPort) {
+      interfaces(this, pRipngInterface, childListsReady, kNoPort),
+      learnedRoutes(pRipngLearnedRoute) {
     setDefault();
+}
+
+void TCLRipngRouter::setDefault() {
+    Staged::setDefault();
+    learnedRoutes.forget();
+    numberOfLearnedRoutes = 0;
+}
+
+// Another router's record: what was learned belonged to the one before.
+void TCLRipngRouter::FromRecord(const hal::ERIPngRouter& r) {
+    if (r.id != work().id) {
+        learnedRoutes.forget();
+        numberOfLearnedRoutes = 0;
+    }
+    Staged::FromRecord(r);
 }
 
 static binding::Describe<TCLRipngRouter> describeRipngRouter("TCLRipngRouter", [](auto& c) {
     using T = TCLRipngRouter;
     using R = hal::ERIPngRouter;
-    c.template constructor<TCLRipngRouteRange*, TCLRipngInterface*>("pRipngRouteRange", "pRipngInterface");
+    c.template constructor<TCLRipngRouteRange*, TCLRipngInterface*, TCLRipngLearnedRoute*>(
+        "pRipngRouteRange", "pRipngInterface", binding::optional("pRipngLearnedRoute"));
     c.option("enable", &T::enable).maps(&R::enabled);
     c.option("routerId", &T::routerId)
         .check(atLeast(0), "TCLRipngRouter::Validate()  routerId must be greater or equal to 0.")
@@ -109,6 +169,17 @@ static binding::Describe<TCLRipngRouter> describeRipngRouter("TCLRipngRouter", [
     c.method("setDefault", &T::setDefault);
     describeCollection<&T::routeRanges>(c, "RouteRange", "routeRangeId", "clearAllRouteRanges");
     describeCollection<&T::interfaces>(c, "Interface", "interfaceId", "clearAllInterfaces");
+    describeLearned<&T::learnedRoutes, &T::numberOfLearnedRoutes>(
+        c, {.kind = kRipngRoutesKind,
+            .notLoaded = "The router has not been loaded from the server.",
+            .key = [](const T& t) { return std::to_string(t.work().routerId); },
+            .loaded = [](const T& t) { return t.work().id.IsValid(); },
+            .request = "requestLearnedRoutes",
+            .list = "getLearnedRouteList",
+            .first = "getFirstLearnedRoute",
+            .next = "getNextLearnedRoute",
+            .noneYet = "No learned routes have arrived yet.",
+            .noMore = "No more learned routes."});
 });
 
 // --- server --------------------------------------------------------------

@@ -6,10 +6,28 @@
 #include <string>
 
 #include "binding/staged.h"
+#include "core/learned.h"
 #include "core/port_server.h"
 #include "hal/rip.h"
 
 namespace zk {
+
+// `zkchassis::learn ripngRoutes C D P routerId routeList` files the routes a
+// router learned under its router ID; a bound port answers the same kind.
+inline constexpr const char* kRipngRoutesKind = "ripngRoutes";
+
+// One route a RIPng router learned from its link, read-only to scripts.
+class TCLRipngLearnedRoute : public binding::Staged<TCLRipngLearnedRoute, hal::ERIPLearnedRoute> {
+public:
+    TCLRipngLearnedRoute() { setDefault(); }
+
+    std::string networkIpAddress;
+    int maskWidth;
+    std::string nextHop;
+    int metric;
+    int routeTag;
+    std::string sourceAddress;
+};
 
 class TCLRipngRouteRange : public binding::Staged<TCLRipngRouteRange, hal::ERIPngRouteRange> {
 public:
@@ -43,7 +61,8 @@ public:
 
 class TCLRipngRouter : public binding::Staged<TCLRipngRouter, hal::ERIPngRouter> {
 public:
-    TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInterface* pRipngInterface);
+    TCLRipngRouter(TCLRipngRouteRange* pRipngRouteRange, TCLRipngInterface* pRipngInterface,
+                   TCLRipngLearnedRoute* pRipngLearnedRoute = nullptr);
 
     int enable;
     int routerId;
@@ -54,6 +73,14 @@ public:
 
     ChildList<TCLRipngRouteRange, &hal::ERIPngRouter::routeRanges> routeRanges;
     ChildList<TCLRipngInterface, &hal::ERIPngRouter::interfaces> interfaces;
+
+    // What the router learned on its link; the count is no option of the
+    // router, a script walks the list.
+    int numberOfLearnedRoutes = 0;
+    LearnedWalk<hal::ERIPLearnedRoute, TCLRipngLearnedRoute> learnedRoutes;
+
+    void setDefault();
+    void FromRecord(const hal::ERIPngRouter& r);
 };
 
 class TCLRipngServer : public Server<hal::ERIPngServer> {

@@ -298,14 +298,22 @@ proc usageArgs {cmd} {
 }
 
 # The class of a staging argument: pRipRouteRange is TCLRipRouteRange,
-# pL3Site the one class TCL<protocol>L3Site, pRipRouter the one class
-# TCLRip...Router, pBgpRouteRange the shortest class TCLBgp...Route...Range.
-proc stagingClass {arg} {
+# pL3Site the one class TCL<protocol>L3Site (of the owner's protocol when
+# several protocols have one: pLearnedRoute of TCLBgp4Neighbor is
+# TCLBgp4LearnedRoute), pRipRouter the one class TCLRip...Router,
+# pBgpRouteRange the shortest class TCLBgp...Route...Range.
+proc stagingClass {arg {owner ""}} {
     set rest [string range $arg 1 end]
+    set protocol ""
+    regexp {^TCL([A-Z][a-z0-9]*)} $owner -> protocol
     foreach pattern [list "^TCL$rest\$" "^TCL\[A-Z\]\[a-z0-9\]*$rest\$" \
                          "^TCL[join [regexp -all -inline {[A-Z][a-z0-9]*} $arg] {[A-Za-z0-9]*}]\$"] {
         set found [lsearch -all -inline -regexp $::classes $pattern]
         if {[llength $found] == 1} { return [lindex $found 0] }
+        if {$protocol ne "" && [llength $found] > 1} {
+            set mine [lsearch -all -inline -regexp $found "^TCL${protocol}\[A-Z\]"]
+            if {[llength $mine] == 1} { return [lindex $mine 0] }
+        }
     }
     # Several: the one that adds least to the argument's words.
     set byLength [lsort -command {apply {{a b} { expr {[string length $a] - [string length $b]} }}} $found]
@@ -319,7 +327,7 @@ set classes [lmap c [info commands ::new_*] { string range $c 6 end }]
 set classes [lsort $classes]
 foreach cls $classes {
     set ctor($cls) [lmap a [usageArgs new_$cls] { lindex $a 0 }]
-    set children($cls) [lmap a $ctor($cls) { stagingClass $a }]
+    set children($cls) [lmap a $ctor($cls) { stagingClass $a $cls }]
     set methods($cls) {}
     set getters {}
     foreach f [lsort [info commands ::${cls}_*]] {

@@ -1,7 +1,6 @@
 #include "hal/basic.h"
 
 #include <atomic>
-#include <charconv>
 #include <arpa/inet.h>
 
 namespace hal {
@@ -62,10 +61,13 @@ EComponentId EComponentId::New() {
 void writeJson(JsonWriter& w, const EBlob& b) { w.string(b.ToHex()); }
 void writeJson(JsonWriter& w, const EIPAddress& a) {
     if (a.IsV6()) return w.string(a.ToString());
-    char buf[18] = "\"";  // a quoted dotted address, written without a detour through std::string
+    char buf[17] = {'"'};  // a quoted dotted address, written without a detour through std::string
     char* p = buf + 1;
-    for (int i = 0; i < 4; ++i) {
-        p = std::to_chars(p, buf + sizeof buf, a.GetBytes()[size_t(i)]).ptr;
+    for (size_t i = 0; i < 4; ++i) {
+        unsigned octet = a.GetBytes()[i];
+        if (octet >= 100) *p++ = char('0' + octet / 100);
+        if (octet >= 10) *p++ = char('0' + octet / 10 % 10);
+        *p++ = char('0' + octet % 10);
         *p++ = i < 3 ? '.' : '"';
     }
     w.raw(std::string_view(buf, size_t(p - buf)));

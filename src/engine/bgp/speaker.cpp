@@ -5,12 +5,14 @@
 #include <deque>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <system_error>
 #include <tuple>
 
 #include "engine/bgp/builder.h"
 #include "engine/bgp/fsm.h"
 #include "engine/bgp/rib.h"
+#include "engine/netlink.h"
 
 namespace engine::bgp {
 
@@ -193,13 +195,21 @@ PrefixCount countPrefixes(ByteView msgs) {
 
 namespace {
 
+// Whether `a` is an IPv6 link-local address (fe80::/10), which means
+// nothing without the interface it is on.
+bool isLinkLocal(const IpAddress& a) { return a.isV6() && a.bytes[0] == 0xfe && (a.bytes[1] & 0xc0) == 0x80; }
+
 class TcpTransport final : public Transport {
 public:
-    TcpTransport(Reactor& r, std::string netns) : reactor_(r), netns_(std::move(netns)) {}
+    TcpTransport(Reactor& r, std::string netns, std::string ifname)
+        : reactor_(r), netns_(std::move(netns)), ifname_(std::move(ifname)) {}
 
     std::unique_ptr<Stream> connect(const IpAddress& remote, uint16_t port, const TcpOptions& options) override {
         try {
-            return TcpConnection::connect(reactor_, tcpConnect(netns_, remote, port, options));
+            TcpOptions scoped = options;
+            if (!scoped.scopeId && (isLinkLocal(remote) || (options.local && isLinkLocal(*options.local))))
+                scoped.scopeId = scope();
+            return TcpConnection::connect(reactor_, tcpConnect(netns_, remote, port, scoped));
         } catch (const std::exception& e) {
             lastError_ = e.what();
             return nullptr;
@@ -210,7 +220,7 @@ public:
                                  const std::vector<std::pair<IpAddress, std::string>>& md5Keys,
                                  Accept accept) override {
         try {
-            Fd fd = tcpListen(netns_, local, port);
+            Fd fd = tcpListen(netns_, local, port, 64, isLinkLocal(local) ? scope() : 0);
             for (const auto& [peer, key] : md5Keys) setMd5Key(fd.get(), peer, key);
             Reactor& r = reactor_;
             return std::make_shared<TcpListener>(r, std::move(fd), [&r, accept](Fd c, const SockAddr& peer) {
@@ -223,14 +233,24 @@ public:
     }
 
 private:
+    // The index of the port's interface, looked up once it is needed.
+    uint32_t scope() {
+        if (!scope_ && !ifname_.empty())
+            if (auto link = Netlink(netns_).link(ifname_)) scope_ = uint32_t(link->index);
+        if (!scope_) throw std::runtime_error("a link-local address needs the port's interface");
+        return scope_;
+    }
+
     Reactor& reactor_;
     std::string netns_;
+    std::string ifname_;
+    uint32_t scope_ = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<Transport> tcpTransport(Reactor& reactor, std::string netns) {
-    return std::make_unique<TcpTransport>(reactor, std::move(netns));
+std::unique_ptr<Transport> tcpTransport(Reactor& reactor, std::string netns, std::string ifname) {
+    return std::make_unique<TcpTransport>(reactor, std::move(netns), std::move(ifname));
 }
 
 // ---------------------------------------------------------------- the speaker's state
@@ -1011,7 +1031,8 @@ const Neighbor* Speaker::Impl::find(const hal::EIPAddress& dut) const {
 // ---------------------------------------------------------------- Speaker
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes the place by value
-Speaker::Speaker(engine::Reactor& reactor, Place place) : Speaker(reactor, place, tcpTransport(reactor, place.netns)) {}
+Speaker::Speaker(engine::Reactor& reactor, Place place)
+    : Speaker(reactor, place, tcpTransport(reactor, place.netns, place.ifname)) {}
 
 Speaker::Speaker(engine::Reactor& reactor, Place place, std::unique_ptr<Transport> transport)
     : impl_(std::make_unique<Impl>(*this, reactor, std::move(place), std::move(transport))) {}

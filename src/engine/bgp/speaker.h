@@ -85,8 +85,9 @@ protected:
     std::string lastError_;
 };
 
-// TCP sockets made inside `netns` ("": the process's own).
-std::unique_ptr<Transport> tcpTransport(Reactor& reactor, std::string netns);
+// TCP sockets made inside `netns` ("": the process's own); an IPv6
+// link-local address is scoped to the interface `ifname`.
+std::unique_ptr<Transport> tcpTransport(Reactor& reactor, std::string netns, std::string ifname = "");
 
 // The statistics selectors (the numbers of the bgp* statistics constants).
 namespace selector {

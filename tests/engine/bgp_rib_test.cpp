@@ -287,7 +287,11 @@ TEST(Rib, GracefulRestartKeepsRoutesStaleUntilRefreshedOrSwept) {
     EXPECT_EQ(feed(rib, announce(gone, UpdateEncoder::Kind::Withdraw)).withdrawn, 10u);
     EXPECT_EQ(rib.staleCount(), 35u);  // 30 IPv4 and 5 IPv6
 
-    EXPECT_EQ(rib.sweepStale(), 35u);
+    // An End-of-RIB sweeps its own family only.
+    EXPECT_EQ(rib.sweepStale(5), 5u);
+    EXPECT_EQ(rib.sweepStale(2), 0u);
+    EXPECT_EQ(rib.staleCount(), 30u);
+    EXPECT_EQ(rib.sweepStale(), 30u);
     EXPECT_EQ(rib.staleCount(), 0u);
     EXPECT_EQ(rib.size(), 65u);
     EXPECT_EQ(rib.attributeSets(), 2u);  // the IPv6 routes' old set went with the last of them

@@ -312,6 +312,9 @@ struct RestartCase {
     Duration wait;  // after coming back
     size_t held;    // routes held at the end
     uint64_t failed, beforeStale;
+    // The device's capability when it comes back: forwarding state kept
+    // (the F bit), not kept, or no graceful restart at all.
+    enum { Kept, NotKept, Gone } after = Kept;
 };
 
 std::ostream& operator<<(std::ostream& os, const RestartCase& c) { return os << c.name; }
@@ -335,6 +338,8 @@ TEST_P(SpeakerRestart, TheDevicesRoutesStayStaleWhileItRestarts) {
     ASSERT_EQ(t.devRoutes(), 10u);
 
     t.dev.answer = c.comesBack;
+    if (c.after == RestartCase::NotKept) t.dev.open.caps.gracefulRestart->families[0].forwarding = false;
+    if (c.after == RestartCase::Gone) t.dev.open.caps.gracefulRestart.reset();
     t.dev.stream->abort();  // the device's control plane goes away without a word
     t.lab.run(500ms);
     EXPECT_EQ(t.devRoutes(), 10u) << "kept while the device restarts";
@@ -356,7 +361,10 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(RestartCase{"NeverComesBack", false, 0, false, 5s, 0, 1, 0},
                       RestartCase{"BackWithEndOfRib", true, 6, true, 1s, 6, 0, 6},
                       RestartCase{"BackWithoutEndOfRibStaleTimeEndsIt", true, 6, false, 5s, 6, 0, 6},
-                      RestartCase{"BackStaleRoutesStillHeldBeforeTheStaleTime", true, 6, false, 1s, 10, 0, 6}),
+                      RestartCase{"BackStaleRoutesStillHeldBeforeTheStaleTime", true, 6, false, 1s, 10, 0, 6},
+                      // RFC 4724 4.2: without its forwarding state the old routes go at once.
+                      RestartCase{"BackWithoutForwardingState", true, 6, false, 1s, 6, 0, 0, RestartCase::NotKept},
+                      RestartCase{"BackWithoutTheCapability", true, 6, false, 1s, 6, 0, 0, RestartCase::Gone}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(SpeakerPeer, ANotificationEndsGracefulRestartAtOnce) {

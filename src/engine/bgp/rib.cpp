@@ -330,18 +330,21 @@ size_t AdjRibIn::markStale() {
     return stale_;
 }
 
-size_t AdjRibIn::sweepStale() {
-    std::vector<uint64_t> keys;
-    v4_->forEach([&](uint64_t key, uint32_t entry) {
-        if (entry & kStale) keys.push_back(key);
-    });
+size_t AdjRibIn::sweepStale() { return sweep(std::nullopt); }
+size_t AdjRibIn::sweepStale(uint8_t family) { return sweep(family); }
+
+size_t AdjRibIn::sweep(std::optional<uint8_t> family) {
     size_t removed = 0;
-    for (uint64_t key : keys) {
-        release(idOf(v4_->erase(key)));
-        ++removed;
+    if (!family || *family == 1) {  // the IPv4 unicast table
+        std::vector<uint64_t> keys;
+        v4_->forEach([&](uint64_t key, uint32_t entry) {
+            if (entry & kStale) keys.push_back(key);
+        });
+        for (uint64_t key : keys) release(idOf(v4_->erase(key)));
+        removed += keys.size();
     }
     for (auto it = other_.begin(); it != other_.end();) {
-        if (it->second.entry & kStale) {
+        if (it->second.entry & kStale && (!family || it->first.family == *family)) {
             release(idOf(it->second.entry));
             it = other_.erase(it);
             ++removed;
@@ -349,7 +352,7 @@ size_t AdjRibIn::sweepStale() {
             ++it;
         }
     }
-    stale_ = 0;
+    stale_ -= removed;
     if (filter_.maxRoutes == 0 || size() < filter_.maxRoutes) limitHit_ = false;
     return removed;
 }

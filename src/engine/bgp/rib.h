@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -31,6 +32,7 @@ namespace engine::bgp {
 // 1 IPv4 unicast, 2 multicast, 3 labelled, 4 VPN, 5 to 8 the same for IPv6;
 // 0 for any other.
 uint8_t familyCode(AfiSafi f);
+inline constexpr uint8_t kFamilyCodes[] = {0, 1, 2, 3, 4, 5, 6, 7, 8};
 
 struct RibFilter {
     bool enabled = false;
@@ -62,10 +64,12 @@ public:
 
     // Graceful restart (RFC 4724): when the peer restarts, every route is
     // kept but marked stale; an announcement makes it fresh again; at the
-    // peer's End-of-RIB or when the stale timer runs out, the routes still
-    // stale go. Both return how many routes they touched.
+    // peer's End-of-RIB of a family, or for every family when the stale
+    // timer runs out, the routes still stale go. Both return how many
+    // routes they touched.
     size_t markStale();
     size_t sweepStale();
+    size_t sweepStale(uint8_t family);  // one family (familyCode numbers)
     size_t staleCount() const { return stale_; }
 
     size_t size() const;
@@ -94,6 +98,7 @@ private:
         size_t operator()(const OtherKey& k) const;
     };
 
+    size_t sweep(std::optional<uint8_t> family);
     uint32_t intern(const PathAttributes& a, const hal::EIPAddress& nextHop);
     void release(uint32_t id);
     void announce(uint8_t family, const Prefix& p, uint32_t id, Applied& out);

@@ -369,6 +369,7 @@ struct Speaker::Impl {
     void onReceived(Neighbor& n, Conn& c, Action& a);
     void sessionEnded(Neighbor& n, bool keepStale);
     void dropStale(Neighbor& n);
+    void sweepStale(Neighbor& n, uint8_t family);
     std::unique_ptr<UpdateEncoder> encoder(Neighbor& n, UpdateEncoder::Kind kind);
     void queueRange(Neighbor& n, const hal::EBGP::ConfigRouteRange& r, size_t position, UpdateEncoder::Kind kind);
     void queueAll(Neighbor& n, std::optional<AfiSafi> only, bool endOfRib);
@@ -733,10 +734,18 @@ void Speaker::Impl::onEstablished(Neighbor& n, Conn& c) {
     n.peerOpen = c.fsm->peerOpen();
     if (n.restarting) {
         // The peer is back after a restart: its old routes stay until it
-        // has sent everything again, or the stale time is over.
+        // has sent everything again, or the stale time is over; those of a
+        // family whose forwarding state it did not keep (no F bit, or no
+        // longer in its capability) go at once.
         n.restartTimer.cancel();
         Neighbor* const np = &n;
         n.staleTimer.start(std::chrono::seconds(n.settings.staleTime), [this, np] { dropStale(*np); });
+        const auto& gr = n.peerOpen->caps.gracefulRestart;
+        for (uint8_t code : kFamilyCodes)
+            if (!gr || !std::any_of(gr->families.begin(), gr->families.end(), [code](const auto& f) {
+                    return f.forwarding && familyCode(f.family) == code;
+                }))
+                sweepStale(n, code);
     }
     queueAll(n, std::nullopt, true);
     n.config.routeRanges.ForEach([&](const hal::EBGP::ConfigRouteRange& r) { startFlap(n, r); });
@@ -778,12 +787,22 @@ void Speaker::Impl::sessionEnded(Neighbor& n, bool keepStale) {
     n.restarting = true;
     n.rib->markStale();
     ++n.grAttempted;
+    // Only the families of the peer's capability are kept.
+    const auto& families = n.peerOpen->caps.gracefulRestart->families;
+    for (uint8_t code : kFamilyCodes)
+        if (std::none_of(families.begin(), families.end(), [code](const auto& f) { return familyCode(f.family) == code; }))
+            n.rib->sweepStale(code);
     Neighbor* const np = &n;
     n.staleTimer.cancel();
     n.restartTimer.start(std::chrono::seconds(n.peerOpen->caps.gracefulRestart->time), [this, np] {
         ++np->grFailed;
         dropStale(*np);
     });
+}
+
+void Speaker::Impl::sweepStale(Neighbor& n, uint8_t family) {
+    if (n.rib->sweepStale(family)) n.dirty = true;
+    if (!n.rib->staleCount()) dropStale(n);
 }
 
 void Speaker::Impl::dropStale(Neighbor& n) {
@@ -810,10 +829,10 @@ void Speaker::Impl::onReceived(Neighbor& n, Conn& c, Action& a) {
     const AdjRibIn::Applied applied = n.rib->apply(u);
     if (applied.announced || applied.withdrawn) n.dirty = true;
     if (n.restarting) {
-        // What the peer sends again is fresh; its End-of-RIB ends the wait
-        // for the rest.
+        // What the peer sends again is fresh; its End-of-RIB of a family
+        // ends the wait for the rest of that family.
         n.routesBeforeStale += applied.refreshed;
-        if (u.endOfRib) dropStale(n);
+        if (u.endOfRib) sweepStale(n, familyCode(*u.endOfRib));
     }
 }
 

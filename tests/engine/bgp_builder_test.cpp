@@ -88,32 +88,6 @@ std::vector<Prefix> announced(const std::vector<Update>& us) {
     return all;
 }
 
-TEST(Builder, OneRouteOnAnExternalSessionExactly) {
-    UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
-    ASSERT_TRUE(enc.add(range(v4("20.0.0.0"), 24, 24, 1), 65001));
-    EXPECT_EQ(bgptest::toHex(enc.all()), bgptest::toHex(message(2, hex("0000 0014"
-                                                                       "40 01 01 00"
-                                                                       "40 02 06 02 01 0000fde9"
-                                                                       "40 03 04 0a010002"
-                                                                       "18 140000"))));
-    EXPECT_EQ(enc.messageCount(), 1u);
-    EXPECT_TRUE(enc.done());
-}
-
-TEST(Builder, OneIpv6RouteWithLinkLocalNextHopExactly) {
-    EncodeSession s = external();
-    s.localAddress = v6("20010db8000000000000000000000002");
-    s.linkLocal = std::array<uint8_t, 16>{0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2};
-    UpdateEncoder enc(s, UpdateEncoder::Kind::Announce);
-    ASSERT_TRUE(enc.add(range(v6("20010db80001"), 48, 48, 1), 65001));
-    EXPECT_EQ(bgptest::toHex(enc.all()),
-              bgptest::toHex(message(2, hex("0000 003d"
-                                            "90 0e 002c 0002 01 20 20010db8000000000000000000000002"
-                                            "   fe800000000000000000000000000002 00 30 20010db80001"
-                                            "40 01 01 00"
-                                            "40 02 06 02 01 0000fde9"))));
-}
-
 struct PrefixCase {
     const char* name;
     EIPAddress first;
@@ -399,46 +373,9 @@ INSTANTIATE_TEST_SUITE_P(
                       }}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(Builder, OneLabelledRouteExactly) {
-    hal::EBGP::ConfigMplsRouteRange r;
-    r.firstNetwork = v4("20.0.0.0");
-    r.labels.startLabel = 100;
-    UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
-    ASSERT_TRUE(enc.addLabelled(r, 65001));
-    EXPECT_EQ(bgptest::toHex(enc.all()),
-              bgptest::toHex(message(2, hex("0000 0021"
-                                            "90 0e 0010 0001 04 04 0a010002 00"
-                                            "   30 000641 140000"  // 48 bits: label 100, bottom of stack
-                                            "40 01 01 00"
-                                            "40 02 06 02 01 0000fde9"))));
-    UpdateEncoder gone(external(), UpdateEncoder::Kind::Withdraw);
-    ASSERT_TRUE(gone.addLabelled(r, 65001));
-    EXPECT_EQ(bgptest::toHex(gone.all()),
-              bgptest::toHex(message(2, hex("0000 000e 90 0f 000a 0001 04 30 800000 140000"))));  // RFC 8277 2.4
-}
-
-TEST(Builder, OneVpnRouteExactly) {
-    hal::EBGP::ConfigVpnRouteRange r;
-    r.firstNetwork = v4("20.0.0.0");
-    r.distinguisher.asNumber = 65001;
-    r.distinguisher.assignedNumber = 7;
-    hal::EBGP::ConfigL3Site site;
-    hal::EBGP::ConfigRouteTarget rt;
-    rt.target.asNumber = 65001;
-    rt.target.assignedNumber = 7;
-    site.exportTargets.Add(rt);
-    UpdateEncoder enc(external(), UpdateEncoder::Kind::Announce);
-    ASSERT_TRUE(enc.addVpn(r, site, 65001));
-    EXPECT_EQ(bgptest::toHex(enc.all()),
-              bgptest::toHex(message(2, hex("0000 003c"
-                                            "90 0e 0020 0001 80 0c 0000000000000000 0a010002 00"
-                                            "   70 000101 0000fde900000007 140000"  // 112 bits: label 16, RD 65001:7
-                                            "40 01 01 00"
-                                            "40 02 06 02 01 0000fde9"
-                                            "c0 10 08 0002fde900000007"))));  // route target 65001:7
-}
-
-// Labelled and VPN routes byte for byte, as RFC 8277 (label field: 20-bit
+// One UPDATE byte for byte: a plain IPv4 route (RFC 4271), an IPv6 one in
+// MP_REACH_NLRI with its global and link-local next hops (RFC 4760, 2545);
+// labelled and VPN routes as RFC 8277 (label field: 20-bit
 // label, 3 traffic-class bits, bottom-of-stack bit), RFC 4364 (VPN-IPv4:
 // label field, 8-byte distinguisher, prefix; next hop a zero distinguisher
 // and the address, 4.3.2), RFC 4659 (VPN-IPv6; an IPv4 session's next hop
@@ -465,6 +402,8 @@ TEST_P(LabelledBytesTest, WritesTheRfcBytes) {
     UpdateEncoder enc(s, GetParam().kind);
     ASSERT_TRUE(GetParam().add(enc)) << enc.error();
     EXPECT_EQ(bgptest::toHex(enc.all()), bgptest::toHex(message(2, hex(GetParam().expected))));
+    EXPECT_EQ(enc.messageCount(), 1u);
+    EXPECT_TRUE(enc.done());
 }
 
 namespace {
@@ -513,6 +452,53 @@ hal::EBGP::ConfigMplsRouteRange labelledRange(EIPAddress first, uint8_t from, ui
 INSTANTIATE_TEST_SUITE_P(
     Rfc8277Rfc4364Rfc4659, LabelledBytesTest,
     ::testing::Values(
+        LabelledCase{"ipv4_one_route",
+                     [](UpdateEncoder& e) { return e.add(range(v4("20.0.0.0"), 24, 24, 1), 65001); },
+                     "0000 0014  40 01 01 00  40 02 06 02 01 0000fde9  40 03 04 0a010002  18 140000"},
+        LabelledCase{"ipv6_one_route_global_and_link_local_next_hops",
+                     [](UpdateEncoder& e) { return e.add(range(v6("20010db80001"), 48, 48, 1), 65001); },
+                     "0000 003d"
+                     "90 0e 002c 0002 01 20 20010db8000000000000000000000002"
+                     "   fe800000000000000000000000000002 00 30 20010db80001"
+                     "40 01 01 00  40 02 06 02 01 0000fde9",
+                     true},
+        LabelledCase{"labelled_ipv4_default_label_mode",
+                     [](UpdateEncoder& e) {
+                         hal::EBGP::ConfigMplsRouteRange r;
+                         r.firstNetwork = v4("20.0.0.0");
+                         r.labels.startLabel = 100;
+                         return e.addLabelled(r, 65001);
+                     },
+                     "0000 0021"
+                     "90 0e 0010 0001 04 04 0a010002 00"
+                     "   30 000641 140000"  // 48 bits: label 100, bottom of stack
+                     "40 01 01 00  40 02 06 02 01 0000fde9"},
+        LabelledCase{"labelled_ipv4_withdrawal_carries_the_withdraw_label_field",  // RFC 8277 2.4
+                     [](UpdateEncoder& e) {
+                         hal::EBGP::ConfigMplsRouteRange r;
+                         r.firstNetwork = v4("20.0.0.0");
+                         r.labels.startLabel = 100;
+                         return e.addLabelled(r, 65001);
+                     },
+                     "0000 000e 90 0f 000a 0001 04 30 800000 140000", false, UpdateEncoder::Kind::Withdraw},
+        LabelledCase{"vpn4_default_label_16_and_one_target",
+                     [](UpdateEncoder& e) {
+                         hal::EBGP::ConfigVpnRouteRange r;
+                         r.firstNetwork = v4("20.0.0.0");
+                         r.distinguisher.asNumber = 65001;
+                         r.distinguisher.assignedNumber = 7;
+                         hal::EBGP::ConfigRouteTarget rt;
+                         rt.target.asNumber = 65001;
+                         rt.target.assignedNumber = 7;
+                         hal::EBGP::ConfigL3Site site;
+                         site.exportTargets.Add(rt);
+                         return e.addVpn(r, site, 65001);
+                     },
+                     "0000 003c"
+                     "90 0e 0020 0001 80 0c 0000000000000000 0a010002 00"
+                     "   70 000101 0000fde900000007 140000"  // 112 bits: label 16, RD 65001:7
+                     "40 01 01 00  40 02 06 02 01 0000fde9"
+                     "c0 10 08 0002fde900000007"},  // route target 65001:7
         LabelledCase{"vpn4_address_distinguisher_and_two_targets",
                      [](UpdateEncoder& e) {
                          return e.addVpn(vpnRange(v4("20.0.0.0"), 24, 2, 100, false,

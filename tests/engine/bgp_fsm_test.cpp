@@ -57,6 +57,12 @@ public:
         queue_.push_back([this, i, f] { apply(i, f(*side_[i].fsm)); });
         drain();
     }
+    // B starts, then A; both run for `ms`.
+    void startBoth(uint64_t ms) {
+        call(1, [](Fsm& f) { return f.start(); });
+        call(0, [](Fsm& f) { return f.start(); });
+        run(ms);
+    }
     // Runs events and timers until `ms` more virtual milliseconds passed.
     void run(uint64_t ms) {
         const uint64_t until = now_ + ms;
@@ -165,9 +171,7 @@ TEST_P(FsmUpTest, ComesUpAndStaysUp) {
     FsmConfig a = config(65001, 65002, 1, c.holdA);
     a.keepaliveTime = c.keepaliveA;
     Wire w(a, config(65002, 65001, 2, c.holdB, c.bActive));
-    w.call(1, [](Fsm& f) { return f.start(); });
-    w.call(0, [](Fsm& f) { return f.start(); });
-    w.run(100000);
+    w.startBoth(100000);
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(w[i].fsm->state(), State::Established);
         EXPECT_EQ(w[i].established, 1);
@@ -192,9 +196,7 @@ INSTANTIATE_TEST_SUITE_P(Timers, FsmUpTest,
 
 TEST(Fsm, HoldTimerExpiresWhenThePeerFallsSilentThenRestarts) {
     Wire w(config(65001, 65002, 1), config(65002, 65001, 2, 9, false));
-    w.call(1, [](Fsm& f) { return f.start(); });
-    w.call(0, [](Fsm& f) { return f.start(); });
-    w.run(1000);
+    w.startBoth(1000);
     ASSERT_EQ(w[0].fsm->state(), State::Established);
     w[1].mute = true;
     w.run(9000);
@@ -211,9 +213,7 @@ TEST(Fsm, HoldTimerExpiresWhenThePeerFallsSilentThenRestarts) {
 
 TEST(Fsm, StopSendsCeaseAndStaysDown) {
     Wire w(config(65001, 65002, 1), config(65002, 65001, 2, 9, false));
-    w.call(1, [](Fsm& f) { return f.start(); });
-    w.call(0, [](Fsm& f) { return f.start(); });
-    w.run(1000);
+    w.startBoth(1000);
     w.call(0, [](Fsm& f) { return f.stop(); });
     w.run(60000);
     EXPECT_EQ(w[0].fsm->state(), State::Idle);
@@ -227,9 +227,7 @@ TEST(Fsm, StopSendsCeaseAndStaysDown) {
 
 TEST(Fsm, WrongPeerAsIsRefused) {
     Wire w(config(65001, 65009, 1), config(65002, 65001, 2, 9, false));
-    w.call(1, [](Fsm& f) { return f.start(); });
-    w.call(0, [](Fsm& f) { return f.start(); });
-    w.run(500);
+    w.startBoth(500);
     ASSERT_FALSE(w[0].downs.empty());
     EXPECT_EQ(w[0].downs[0], (Notification{2, 2, {}}));
     EXPECT_EQ(w[1].downs[0], (Notification{2, 2, {}}));
@@ -239,7 +237,6 @@ TEST(Fsm, WrongPeerAsIsRefused) {
 struct RetryCase {
     const char* name;
     uint32_t retries;
-    bool establishOnce;
     int connects;  // in 60 s against a peer that never listens
 };
 void PrintTo(const RetryCase& c, std::ostream* os) { *os << c.name; }
@@ -257,9 +254,9 @@ TEST_P(FsmRetryTest, ConnectAttempts) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Retries, FsmRetryTest,
-                         ::testing::Values(RetryCase{"two_retries", 2, false, 3},
+                         ::testing::Values(RetryCase{"two_retries", 2, 3},
                                            // Refused at once, then every 5 s: 0, 5, ... 60.
-                                           RetryCase{"no_end", 0, false, 13}),
+                                           RetryCase{"no_end", 0, 13}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Fsm, EstablishOnceDoesNotComeBack) {
@@ -267,9 +264,7 @@ TEST(Fsm, EstablishOnceDoesNotComeBack) {
         FsmConfig a = config(65001, 65002, 1);
         a.establishOnce = once;
         Wire w(a, config(65002, 65001, 2, 9, false));
-        w.call(1, [](Fsm& f) { return f.start(); });
-        w.call(0, [](Fsm& f) { return f.start(); });
-        w.run(1000);
+        w.startBoth(1000);
         w.call(1, [](Fsm& f) { return f.stop(); });
         w.call(1, [](Fsm& f) { return f.start(); });
         w.run(10000);
@@ -280,9 +275,7 @@ TEST(Fsm, EstablishOnceDoesNotComeBack) {
 
 TEST(Fsm, UpdatesArriveInPiecesAndAreCounted) {
     Wire w(config(65001, 65002, 1), config(65002, 65001, 2, 9, false));
-    w.call(1, [](Fsm& f) { return f.start(); });
-    w.call(0, [](Fsm& f) { return f.start(); });
-    w.run(1000);
+    w.startBoth(1000);
     EncodeSession s;
     s.localAs = 65001;
     s.internal = false;

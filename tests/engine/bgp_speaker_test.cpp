@@ -27,6 +27,11 @@ struct Pair {
     }
     Lab lab;
     std::unique_ptr<Speaker> sa, sb;
+    void up(Duration d) {  // both start; d of virtual time passes
+        sa->start();
+        sb->start();
+        lab.run(d);
+    }
     std::map<int, std::string> statsA(const char* dut = kB) { return sa->statistics(ip(dut)); }
     std::map<int, std::string> statsB(const char* dut = kA) { return sb->statistics(ip(dut)); }
     size_t learnedB(const char* dut = kA) {
@@ -126,9 +131,7 @@ TEST_P(SpeakerRoutes, ArriveInThePeersRibWithTheirAttributes) {
     auto na = neighbor(kA, kB, 65001, c.internal);
     na.routeRanges.Add(c.range);
     Pair p(server({na}), server({neighbor(kB, kA, c.internal ? 65001 : 65002, c.internal)}));
-    p.sa->start();
-    p.sb->start();
-    p.lab.run(1050ms);  // the rates are of the last whole second
+    p.up(1050ms);  // the rates are of the last whole second
     EXPECT_EQ(num(p.statsA(), selector::kRoutesPerSecondSent), c.count);
     EXPECT_EQ(num(p.statsB(), selector::kRoutesPerSecondReceived), c.count);
     p.lab.run(9s);
@@ -185,9 +188,7 @@ TEST(Speaker, AnIPv6RangeGoesInMultiprotocolReach) {
     auto na = neighbor("2001:db8::1", "2001:db8::2", 65001, false);
     na.routeRanges.Add(range("2001:db8:100::", 64, 48));
     Pair p(server({na}), server({neighbor("2001:db8::2", "2001:db8::1", 65002, false)}));
-    p.sa->start();
-    p.sb->start();
-    p.lab.run(10s);
+    p.up(10s);
     auto routes = p.sb->learnedRoutes(ip("2001:db8::1"));
     ASSERT_TRUE(routes);
     ASSERT_EQ(routes->size(), 64u);
@@ -215,9 +216,7 @@ TEST(Speaker, LabelledAndVpnRangesAreAnnouncedAndChangedWhileRunning) {
     na.l3Sites.Add(site);
     hal::EBGPServer ca = server({na});
     Pair p(ca, server({families(neighbor(kB, kA, 65002, false))}));
-    p.sa->start();
-    p.sb->start();
-    p.lab.run(5s);
+    p.up(5s);
     std::set<uint32_t> labels;  // of the labelled routes
     auto byFamily = [&] {
         std::map<int, size_t> n;
@@ -259,9 +258,7 @@ TEST_P(SpeakerChange, AppliesTheDifference) {
     na.routeRanges.Add(range("21.0.0.0", 50));
     hal::EBGPServer ca = server({na});
     Pair p(ca, server({neighbor(kB, kA, 65002, false)}));
-    p.sa->start();
-    p.sb->start();
-    p.lab.run(5s);
+    p.up(5s);
     ASSERT_EQ(p.learnedB(), 150u);
     const uint64_t opens = num(p.statsB(), selector::kOpenReceived);
 
@@ -368,9 +365,7 @@ TEST(Speaker, StopSendsCeaseFlushesAndReportsDone) {
     auto na = neighbor(kA, kB, 65001, false);
     na.routeRanges.Add(range("20.0.0.0", 100));
     Pair p(server({na}), server({neighbor(kB, kA, 65002, false)}, 30));
-    p.sa->start();
-    p.sb->start();
-    p.lab.run(5s);
+    p.up(5s);
     ASSERT_EQ(p.learnedB(), 100u);
     const uint64_t ceases = num(p.statsB(), selector::kCeaseReceived);
     bool done = false;
@@ -398,9 +393,7 @@ TEST(Speaker, StopSendsCeaseFlushesAndReportsDone) {
 TEST(Speaker, DestroyedItClosesEverythingWithoutANotification) {
     for (bool midStop : {false, true}) {
         Pair p(server({neighbor(kA, kB, 65001, false)}), server({neighbor(kB, kA, 65002, false)}, 30));
-        p.sa->start();
-        p.sb->start();
-        p.lab.run(3s);
+        p.up(3s);
         ASSERT_EQ(num(p.statsB(), selector::kState), 6u);
         const uint64_t notifications = num(p.statsB(), selector::kNotificationReceived);
         bool done = false;
@@ -428,9 +421,7 @@ TEST_P(SpeakerOnce, APeeringUpOnceStaysDownWhenSoConfigured) {
     hal::EBGPServer cb = server({neighbor(kB, kA, 65002, false)});
     cb.external.establishOnceOnly = c.establishOnce;
     Pair p(server({neighbor(kA, kB, 65001, false)}), cb);
-    p.sa->start();
-    p.sb->start();
-    p.lab.run(3s);
+    p.up(3s);
     ASSERT_EQ(num(p.statsB(), selector::kState), 6u);
     bool done = false;
     p.sa->stop([&] { done = true; });

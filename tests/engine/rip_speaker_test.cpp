@@ -92,20 +92,28 @@ void editRouter(hal::ERIPServer& s, F f) {
     for (size_t i = 0; i < s.routers.Size(); ++i) f(*s.routers.At(i));
 }
 
-struct Pair : ::testing::Test {
+// Speakers a and b and a probe that hears everything and speaks by hand,
+// on one LAN in virtual time; RIP (10.0.0.x) or RIPng (fe80::x).
+template <bool V6>
+struct LanTest : ::testing::Test {
     VirtualClock clock;
     Reactor reactor{clock};
     Lan lan{reactor};
-    Lan::Port& linkA = lan.attach("10.0.0.1");
-    Lan::Port& linkB = lan.attach("10.0.0.2");
-    Lan::Port& probe = lan.attach("10.0.0.9");  // hears everything, speaks by hand
-    Speaker a{reactor, false}, b{reactor, false};
+    Lan::Port& linkA = lan.attach(V6 ? "fe80::1" : "10.0.0.1");
+    Lan::Port& linkB = lan.attach(V6 ? "fe80::2" : "10.0.0.2");
+    Lan::Port& probe = lan.attach(V6 ? "fe80::9" : "10.0.0.9");
+    Speaker a{reactor, V6}, b{reactor, V6};
 
     void SetUp() override {
         a.setLink(&linkA);
         b.setLink(&linkB);
-        a.seed(1);
-        b.seed(2);
+        if (V6) {
+            a.setLinkLocal(*IpAddress::parse("fe80::1"));
+            b.setLinkLocal(*IpAddress::parse("fe80::2"));
+        } else {
+            a.seed(1);
+            b.seed(2);
+        }
     }
     void run(Duration d) { clock.advance(d); }
     size_t learned(Speaker& s, const std::string& key) {
@@ -119,12 +127,15 @@ struct Pair : ::testing::Test {
             if (auto p = decodeRip(bytes); p && p->command == Command::Response) out.push_back(p.value());
         return out;
     }
-    void inject(const Bytes& bytes, uint16_t port = kRipPort) {
+    // The probe sends to the group from `port`, and 5 ms pass.
+    void inject(const Bytes& bytes, uint16_t port = V6 ? kRipngPort : kRipPort) {
         probe.sourcePort = port;
-        probe.send(bytes, probe.own_, *IpAddress::parse("224.0.0.9"), kRipPort);
+        probe.send(bytes, probe.own_, *IpAddress::parse(V6 ? "ff02::9" : "224.0.0.9"), V6 ? kRipngPort : kRipPort);
         run(5ms);
     }
 };
+using Pair = LanTest<false>;
+using NgPair = LanTest<true>;
 
 TEST_F(Pair, EachLearnsTheOthersRangesWithMetricNextHopAndTag) {
     a.configure(ripServer("10.0.0.1", 24, "20.0.0.0", 30, 3));
@@ -643,26 +654,6 @@ hal::ERIPngServer ripngServer(uint32_t id, const std::string& network, int count
     return s;
 }
 
-struct NgPair : ::testing::Test {
-    VirtualClock clock;
-    Reactor reactor{clock};
-    Lan lan{reactor};
-    Lan::Port& linkA = lan.attach("fe80::1");
-    Lan::Port& linkB = lan.attach("fe80::2");
-    Lan::Port& probe = lan.attach("fe80::9");
-    Speaker a{reactor, true}, b{reactor, true};
-    void SetUp() override {
-        a.setLink(&linkA);
-        b.setLink(&linkB);
-        a.setLinkLocal(*IpAddress::parse("fe80::1"));
-        b.setLinkLocal(*IpAddress::parse("fe80::2"));
-    }
-    size_t learned(Speaker& s, const std::string& key) {
-        auto l = s.learnedRoutes(key);
-        return l ? l->size() : 0;
-    }
-};
-
 TEST_F(NgPair, EachLearnsTheOthersPrefixesWithTheSenderAsNextHop) {
     a.configure(ripngServer(1, "2001:db8:1::", 100));
     b.configure(ripngServer(2, "2001:db8:2::", 3));
@@ -696,18 +687,13 @@ TEST_F(NgPair, PacingSpreadsAnUpdateOverTimePeriods) {
 TEST_F(NgPair, ANamedNextHopIsKeptAndAWrongHopLimitDropped) {
     b.configure(ripngServer(2, "2001:db8:2::", 1));
     b.start();
-    Bytes nh =
-        hex("02010000 fe800000000000000000000000000077 0000 00 ff"
-            "         20010db8000900000000000000000000 0000 40 01");
-    probe.send(nh, *IpAddress::parse("fe80::9"), *IpAddress::parse("ff02::9"), kRipngPort);
-    clock.advance(5ms);
+    inject(hex("02010000 fe800000000000000000000000000077 0000 00 ff"
+               "         20010db8000900000000000000000000 0000 40 01"));
     auto got = b.learnedRoutes("2");
     ASSERT_EQ(got->size(), 1u);
     EXPECT_EQ((*got)[0].nextHop.ToString(), "fe80::77");
     probe.hopLimit = 64;
-    probe.send(hex("02010000 20010db8000a00000000000000000000 0000 40 01"), *IpAddress::parse("fe80::9"),
-               *IpAddress::parse("ff02::9"), kRipngPort);
-    clock.advance(5ms);
+    inject(hex("02010000 20010db8000a00000000000000000000 0000 40 01"));
     EXPECT_EQ(learned(b, "2"), 1u);
     EXPECT_EQ(b.counters("2")->badPackets, 1u);
 }
@@ -721,9 +707,8 @@ TEST_F(NgPair, AStopPoisonsAndAHugeMalformedPacketIsOnlyCounted) {
     ASSERT_EQ(learned(b, "2"), 10u);
     std::string huge = "02010000";
     for (int i = 0; i < 3000; ++i) huge += "20010db8000b00000000000000000000 0000 ff 11";
-    probe.send(hex(huge + "00"), *IpAddress::parse("fe80::9"), *IpAddress::parse("ff02::9"), kRipngPort);
-    probe.send(hex(huge), *IpAddress::parse("fe80::9"), *IpAddress::parse("ff02::9"), kRipngPort);
-    clock.advance(5ms);
+    inject(hex(huge + "00"));
+    inject(hex(huge));
     EXPECT_EQ(b.counters("2")->badPackets, 1u);
     EXPECT_EQ(b.counters("2")->badEntries, 3000u);
     a.stop(nullptr);

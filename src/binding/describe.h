@@ -286,6 +286,7 @@ public:
     }
 
     const ClassRecord& record() const { return r_; }
+    void onAnotherRecord(void (*drop)(Object&)) { r_.onAnotherRecord.push_back(drop); }
 
 private:
     static int countRequired(const std::vector<ArgName>& args) {

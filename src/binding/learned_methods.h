@@ -39,6 +39,9 @@ struct LearnedMethods {
     // The answer belongs to the key asked about: while the object holds
     // another key, the list is not in and the walk has no more.
     bool sameKey = false;
+    // The answer belongs to the record loaded when it was asked: loading
+    // another record forgets it and sets the count to 0.
+    bool ownRecord = false;
 };
 
 namespace detail {
@@ -73,6 +76,11 @@ struct Learned<Walk, Count> {
         t.*Count = int((t.*Walk).size());
         return kOk;
     }
+    static void drop(Object& o) {
+        T& t = static_cast<T&>(o);
+        (t.*Walk).forget();
+        t.*Count = 0;
+    }
     static int first(T& t) {
         (t.*Walk).rewind();
         return next(t);
@@ -94,6 +102,7 @@ void describeLearned(binding::ClassDesc<T>& c, const LearnedMethods<T, typename 
     c.method(methods.list, &L::list);
     c.method(methods.first, &L::first);
     c.method(methods.next, &L::next);
+    if (methods.ownRecord) c.onAnotherRecord(&L::drop);
 }
 
 }  // namespace zk

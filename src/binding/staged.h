@@ -55,6 +55,9 @@ public:
     }
 
     void FromRecord(const R& r) {
+        if constexpr (requires { r.id; })
+            if (!(r.id == work_.id))
+                for (auto drop : classOf<T>().onAnotherRecord) drop(self());
         work_ = r;
         loadOptions(r);
     }

@@ -57,10 +57,6 @@ void TCLOspfInterface::setPortFeatures(hal::EOSPFInterface& r) const {
 }
 
 void TCLOspfInterface::FromRecord(const hal::EOSPFInterface& r) {
-    if (r.id != work().id) {  // another interface's record: what was learned was not its own
-        learnedLsas.forget();
-        numberOfLearnedLsas = 0;
-    }
     Staged::FromRecord(r);
     loadAttachedGrid(networkRange_.get(), work().ranges);
 }
@@ -175,7 +171,8 @@ static binding::Describe<TCLOspfInterface> describeOspfInterface("TCLOspfInterfa
             .first = "getFirstLearnedLsa",
             .next = "getNextLearnedLsa",
             .noneYet = "No learned LSAs have arrived yet.",
-            .noMore = "No more learned LSAs."});
+            .noMore = "No more learned LSAs.",
+            .ownRecord = true});
 });
 
 }  // namespace zk

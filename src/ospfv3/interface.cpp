@@ -35,10 +35,6 @@ int TCLOspfV3Interface::intoRecordRest(hal::EOSPFv3Interface& r) {
 }
 
 void TCLOspfV3Interface::FromRecord(const hal::EOSPFv3Interface& r) {
-    if (r.id != work().id) {  // another interface's record: what was learned was not its own
-        learnedLsas.forget();
-        numberOfLearnedLsas = 0;
-    }
     Staged::FromRecord(r);
     loadAttachedGrid(networkRange_.get(), work().ranges);
 }
@@ -90,7 +86,8 @@ static binding::Describe<TCLOspfV3Interface> describeOspfV3Interface("TCLOspfV3I
             .first = "getFirstLearnedLsa",
             .next = "getNextLearnedLsa",
             .noneYet = "No learned LSAs have arrived yet.",
-            .noMore = "No more learned LSAs."});
+            .noMore = "No more learned LSAs.",
+            .ownRecord = true});
 });
 
 }  // namespace zk

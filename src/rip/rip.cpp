@@ -82,15 +82,6 @@ void TCLRipInterfaceRouter::setDefault() {
     numberOfLearnedRoutes = 0;
 }
 
-// Another router's record: what was learned belonged to the one before.
-void TCLRipInterfaceRouter::FromRecord(const hal::ERIPRouter& r) {
-    if (r.id != work().id) {
-        learnedRoutes.forget();
-        numberOfLearnedRoutes = 0;
-    }
-    Staged::FromRecord(r);
-}
-
 int TCLRipInterfaceRouter::intoRecordRest(hal::ERIPRouter& r) {
     r.ipAddress = {*ipv4Address(ipAddress), prefixOfMask(*parseIPv4(ipMask))};
     if (auto id = interfaceIdOf(protocolInterfaceDescription)) r.interfaceId = *id;
@@ -147,7 +138,8 @@ static binding::Describe<TCLRipInterfaceRouter> describeRipInterfaceRouter("TCLR
             .first = "getFirstLearnedRoute",
             .next = "getNextLearnedRoute",
             .noneYet = "No learned routes have arrived yet.",
-            .noMore = "No more learned routes."});
+            .noMore = "No more learned routes.",
+            .ownRecord = true});
 });
 
 // --- server --------------------------------------------------------------

@@ -66,7 +66,6 @@ public:
     LearnedWalk<hal::ERIPLearnedRoute, TCLRipLearnedRoute> learnedRoutes;
 
     void setDefault();
-    void FromRecord(const hal::ERIPRouter& r);
     int intoRecordRest(hal::ERIPRouter& r);
     void fromRecordRest(const hal::ERIPRouter& r);
 };

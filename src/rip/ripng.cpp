@@ -135,15 +135,6 @@ void TCLRipngRouter::setDefault() {
     numberOfLearnedRoutes = 0;
 }
 
-// Another router's record: what was learned belonged to the one before.
-void TCLRipngRouter::FromRecord(const hal::ERIPngRouter& r) {
-    if (r.id != work().id) {
-        learnedRoutes.forget();
-        numberOfLearnedRoutes = 0;
-    }
-    Staged::FromRecord(r);
-}
-
 static binding::Describe<TCLRipngRouter> describeRipngRouter("TCLRipngRouter", [](auto& c) {
     using T = TCLRipngRouter;
     using R = hal::ERIPngRouter;
@@ -179,7 +170,8 @@ static binding::Describe<TCLRipngRouter> describeRipngRouter("TCLRipngRouter", [
             .first = "getFirstLearnedRoute",
             .next = "getNextLearnedRoute",
             .noneYet = "No learned routes have arrived yet.",
-            .noMore = "No more learned routes."});
+            .noMore = "No more learned routes.",
+            .ownRecord = true});
 });
 
 // --- server --------------------------------------------------------------

@@ -80,7 +80,6 @@ public:
     LearnedWalk<hal::ERIPLearnedRoute, TCLRipngLearnedRoute> learnedRoutes;
 
     void setDefault();
-    void FromRecord(const hal::ERIPngRouter& r);
 };
 
 class TCLRipngServer : public Server<hal::ERIPngServer> {

@@ -99,6 +99,9 @@ struct ClassRecord {
     std::vector<std::pair<std::string_view, const AttrRecord*>> attrIndex;
     std::vector<CheckRecord> checks;      // in the order Validate runs them
     std::vector<MappingRecord> mappings;  // in the order the options were declared
+    // What a staging object drops when it is loaded with another record
+    // than the one it held (learned lists that belonged to that one).
+    std::vector<void (*)(Object&)> onAnotherRecord;
 
     // Keeps x for as long as the class record lives (the process). What
     // needs no destructor is placed in blocks shared by every class, which

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "best_runs.h"
 #include "engine/bgp/builder.h"
 #include "engine/bgp/rib.h"
 
@@ -24,7 +25,6 @@ using namespace engine::bgp;
 
 constexpr uint32_t kRoutes = 1000000;
 
-double bestEncodeRate = 0;
 double bytesPerRoute = 0;
 
 hal::EBGP::ConfigRouteRange millionRange(bool v6) {
@@ -104,31 +104,16 @@ BENCHMARK(BM_EncodeIpv4Extended)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EncodeIpv6)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LearnIpv4)->Unit(benchmark::kMillisecond);
 
-// Keeps the rate of the IPv4 4096-byte run for the summary.
-class Summary : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs) {
-            if (r.run_name.function_name == "BM_EncodeIpv4" && r.run_type == Run::RT_Iteration) {
-                double seconds = r.real_accumulated_time / double(r.iterations);
-                bestEncodeRate = std::max(bestEncodeRate, double(kRoutes) / seconds);
-            }
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    Summary reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    if (bestEncodeRate > 0)
+    BestRuns runs;
+    if (!runBenchmarks(argc, argv, runs)) return 1;
+    if (double s = runs.seconds("BM_EncodeIpv4"); s > 0) {
+        double rate = double(kRoutes) / s;
         std::printf("BGP encoding: %.1f million prefixes/s for one range of a million /24s (goal >= 20): %s\n",
-                    bestEncodeRate / 1e6, bestEncodeRate >= 20e6 ? "PASS" : "UNDER");
+                    rate / 1e6, rate >= 20e6 ? "PASS" : "UNDER");
+    }
     if (bytesPerRoute > 0)
         std::printf("BGP Adj-RIB-In: %.1f bytes per route for a million IPv4 routes (goal <= 48): %s\n", bytesPerRoute,
                     bytesPerRoute <= 48 ? "PASS" : "OVER");
